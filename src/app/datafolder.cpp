@@ -1,0 +1,38 @@
+#include "app/datafolder.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+
+QString DefaultDataFolder(const QString& applicationDir) {
+    for (const QString& candidate : {applicationDir + QStringLiteral("/share/Norvane"),
+                                     applicationDir + QStringLiteral("/../share/pxcallsigns/Norvane")}) {
+        if (QFileInfo(candidate).isDir()) return QDir(candidate).absolutePath();
+    }
+    return {};
+}
+
+bool SeedDataFolder(const QString& defaultFolder, const QString& dataPath, QString* error) {
+    if (QFileInfo::exists(dataPath) || defaultFolder.isEmpty()) return true;
+    // Copy into a fresh folder beside the target and rename it into place, so that an
+    // interrupted first run leaves no half-filled data folder behind.
+    const QString staging = dataPath + QStringLiteral(".seeding");
+    QDir(staging).removeRecursively();
+    const QDir source(defaultFolder);
+    bool ok = QDir().mkpath(staging);
+    QDirIterator it(defaultFolder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden,
+                    QDirIterator::Subdirectories);
+    while (ok && it.hasNext()) {
+        const QString from = it.next();
+        const QString to = staging + u'/' + source.relativeFilePath(from);
+        ok = it.fileInfo().isDir() ? QDir().mkpath(to) : QFile::copy(from, to);
+        if (ok && !it.fileInfo().isDir()) QFile(to).setPermissions(QFile(to).permissions() | QFile::WriteOwner);
+    }
+    if (ok) ok = QDir().rename(staging, dataPath);
+    if (!ok) {
+        *error = QStringLiteral("Cannot create the data folder ") + dataPath;
+        QDir(staging).removeRecursively();
+    }
+    return ok;
+}

@@ -1,0 +1,34 @@
+#include "app/datafolder.h"
+#include "app/form1.h"
+#include "cli/cli.h"
+#include "platform/platform.h"
+#include "ui/msgbox.h"
+
+#include <QApplication>
+#include <QCoreApplication>
+
+int main(int argc, char* argv[]) {
+    QStringList args;
+    for (int i = 0; i < argc; ++i) args.append(QString::fromLocal8Bit(argv[i]));
+    if (IsCliInvocation(args)) {
+        QCoreApplication app(argc, argv);
+        return RunCli(args);
+    }
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("PX Callsigns"));
+    // Closing the main window from its title bar hides it; the program ends through Unload.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    // First run: the data folder comes from the default one that ships with the program.
+    QString error;
+    const QString dataPath = platform::GetAppDataFolder() + QStringLiteral("/Norvane");
+    if (!SeedDataFolder(DefaultDataFolder(QCoreApplication::applicationDirPath()), dataPath, &error))
+        ShowMessageBox(nullptr, error, QStringLiteral("PX Callsigns"), MsgIcon::Exclamation);
+
+    ModuleValues values;
+    Form1 form(values);
+    if (!form.Form_Load()) return 1;
+    form.show();
+    return app.exec();
+}

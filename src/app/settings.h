@@ -1,0 +1,30 @@
+#pragma once
+// The per-user settings store: application "PX Callsigns", values addressed by section and key,
+// every value kept as text. Windows: the registry; elsewhere an INI file ($XDG_CONFIG_HOME).
+#include <QString>
+#include <optional>
+
+namespace settings {
+
+inline constexpr const char* kApplication = "PX Callsigns";
+
+struct Key {
+    const char* section;
+    const char* key;
+};
+// The unit lives in section "Mi" under key "Km": odd, but that is where it has always been.
+inline constexpr Key kPictaroInstall{"Pictaro", "Install"};
+inline constexpr Key kUnit{"Mi", "Km"};
+inline constexpr Key kMyLatitude{"My", "latitude"};
+inline constexpr Key kMyLongitude{"My", "longitude"};
+inline constexpr Key kMyCallsign{"My", "callsign"};
+inline constexpr Key kServiceIndex{"DataBase", "Index"};
+
+QString GetSetting(Key key, const QString& fallback);
+void SaveSetting(Key key, const QString& value);
+
+// Numeric readings. A value that is not a number, or does not fit, reads as the default.
+int16_t GetInt16Setting(Key key, int16_t fallback);
+double GetDoubleSetting(Key key, double fallback);
+
+}  // namespace settings

@@ -1,0 +1,179 @@
+#include "cli/cli.h"
+
+#include "common/vbtext.h"
+#include "db/calldatabase.h"
+#include "platform/platform.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTextStream>
+#include <cstdio>
+
+namespace {
+
+constexpr const char* kUsage =
+    "Usage: pxcallsigns [COMMAND]\n"
+    "Without a command the program opens its main window.\n"
+    "\n"
+    "Commands:\n"
+    "  db count                     number of records in the call-sign file\n"
+    "  db list                      every call sign, in file order\n"
+    "  db find CALL [--json]        the record of CALL (exit 1 when absent)\n"
+    "  db add --call CALL [--name T] [--add1 T] [--add2 T] [--ctry T] [--lat T] [--lon T]\n"
+    "         [--class T] [--year T]\n"
+    "                               adds the record, or updates the one of that call\n"
+    "  db delete CALL               removes every record of CALL\n"
+    "\n"
+    "Options:\n"
+    "  --data DIR                   data folder to use (default: the user's Norvane folder)\n"
+    "  --help                       this text\n"
+    "  --version                    the program's version\n";
+
+struct FieldOption {
+    const char* option;
+    CallField field;
+    const char* jsonKey;
+};
+constexpr FieldOption kFieldOptions[] = {
+    {"--call", CallField::Call, "Call"},       {"--name", CallField::Name, "Name"},
+    {"--add1", CallField::Add1, "Add1"},       {"--add2", CallField::Add2, "Add2"},
+    {"--ctry", CallField::Ctry, "Ctry"},       {"--lat", CallField::Lat, "Lat"},
+    {"--lon", CallField::Lon, "Lon"},          {"--class", CallField::Class, "Class"},
+    {"--year", CallField::YearBorn, "YearBorn"},
+};
+
+QTextStream& out() {
+    static QTextStream s(stdout);
+    return s;
+}
+QTextStream& err() {
+    static QTextStream s(stderr);
+    return s;
+}
+
+int usageError(const QString& message) {
+    err() << "pxcallsigns: " << message << "\n" << "Try 'pxcallsigns --help'.\n";
+    err().flush();
+    return 2;
+}
+
+struct Parsed {
+    QStringList positional;
+    QMap<QString, QString> options;
+    bool json = false;
+    QString error;
+};
+
+Parsed parse(const QStringList& args) {
+    Parsed p;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString& a = args[i];
+        if (a == QLatin1String("--json")) {
+            p.json = true;
+        } else if (a.startsWith(QLatin1String("--")) && a != QLatin1String("--help") &&
+                   a != QLatin1String("--version")) {
+            if (i + 1 >= args.size()) {
+                p.error = a + QStringLiteral(" needs a value");
+                return p;
+            }
+            p.options.insert(a, args[++i]);
+        } else {
+            p.positional.append(a);
+        }
+    }
+    return p;
+}
+
+int runDb(const Parsed& p, CallDatabase& db) {
+    const QString verb = p.positional.value(1);
+    if (verb == QLatin1String("count")) {
+        out() << db.CountRecords() << "\n";
+        return 0;
+    }
+    if (verb == QLatin1String("list")) {
+        QStringList calls;
+        db.FillCallList(calls);
+        for (const QString& call : calls) out() << call << "\n";
+        return 0;
+    }
+    if (verb == QLatin1String("find")) {
+        if (p.positional.size() != 3) return usageError(QStringLiteral("db find needs one call sign"));
+        const int32_t n = db.FindCallRecord(p.positional[2]);
+        if (p.json) {
+            QJsonObject o;
+            o.insert(QStringLiteral("found"), n > 0);
+            o.insert(QStringLiteral("record"), n);
+            if (n > 0)
+                for (const FieldOption& f : kFieldOptions)
+                    o.insert(QLatin1String(f.jsonKey), vb::trim(db.CurrentRecord.field(f.field)));
+            out() << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
+        } else if (n > 0) {
+            out() << "record " << n << "\n";
+            for (const FieldOption& f : kFieldOptions)
+                out() << f.jsonKey << ": " << vb::trim(db.CurrentRecord.field(f.field)) << "\n";
+        } else {
+            err() << p.positional[2] << ": not found\n";
+        }
+        return n > 0 ? 0 : 1;
+    }
+    if (verb == QLatin1String("add")) {
+        const QString call = vb::trim(p.options.value(QStringLiteral("--call")));
+        if (call.isEmpty()) return usageError(QStringLiteral("db add needs --call"));
+        for (const QString& key : p.options.keys()) {
+            bool known = key == QLatin1String("--data");
+            for (const FieldOption& f : kFieldOptions) known = known || key == QLatin1String(f.option);
+            if (!known) return usageError(QStringLiteral("unknown option ") + key);
+        }
+        if (!db.exists()) db.FindCallRecord(call);  // creates the empty file
+        const int32_t n = db.FindCallRecord(call);
+        db.ClearRecord();
+        for (const FieldOption& f : kFieldOptions)
+            db.CurrentRecord.setField(f.field, f.field == CallField::Call ? call : p.options.value(QLatin1String(f.option)));
+        const bool ok = n == 0 ? db.AppendRecord() && db.SortDatabase() : db.UpdateRecord(n);
+        if (!ok) {
+            err() << "pxcallsigns: " << db.lastError() << "\n";
+            return 1;
+        }
+        out() << (n == 0 ? "added " : "updated ") << call << "\n";
+        return 0;
+    }
+    if (verb == QLatin1String("delete")) {
+        if (p.positional.size() != 3) return usageError(QStringLiteral("db delete needs one call sign"));
+        if (!db.DeleteCallRecord(p.positional[2])) {
+            err() << "pxcallsigns: " << db.lastError() << "\n";
+            return 1;
+        }
+        return 0;
+    }
+    return usageError(verb.isEmpty() ? QStringLiteral("db needs a command") : QStringLiteral("unknown db command ") + verb);
+}
+
+}  // namespace
+
+bool IsCliInvocation(const QStringList& args) {
+    static const QStringList kCommands{QStringLiteral("db"), QStringLiteral("--help"), QStringLiteral("-h"),
+                                       QStringLiteral("--version")};
+    return args.size() > 1 && kCommands.contains(args[1]);
+}
+
+int RunCli(const QStringList& args) {
+    const Parsed p = parse(args.mid(1));
+    int status = 0;
+    if (!p.error.isEmpty()) {
+        status = usageError(p.error);
+    } else if (args.contains(QStringLiteral("--help")) || args.contains(QStringLiteral("-h"))) {
+        out() << kUsage;
+    } else if (args.contains(QStringLiteral("--version"))) {
+        out() << "pxcallsigns " << PX_VERSION << "\n";
+    } else if (p.positional.value(0) == QLatin1String("db")) {
+        const QString data = p.options.value(QStringLiteral("--data"),
+                                             platform::GetAppDataFolder() + QStringLiteral("/Norvane"));
+        CallDatabase db(data + u'/' + QLatin1String(CallDatabase::kFileName));
+        status = runDb(p, db);
+    } else {
+        status = usageError(QStringLiteral("unknown command ") + p.positional.value(0));
+    }
+    out().flush();
+    err().flush();
+    return status;
+}

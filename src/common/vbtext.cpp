@@ -1,0 +1,112 @@
+#include "common/vbtext.h"
+
+#include <cmath>
+#include <limits>
+
+namespace vb {
+
+QString trim(QStringView text) {
+    qsizetype b = 0, e = text.size();
+    while (b < e && text[b] == u' ') ++b;
+    while (e > b && text[e - 1] == u' ') --e;
+    return text.mid(b, e - b).toString();
+}
+
+qsizetype inStr(qsizetype start, QStringView hay, QStringView needle) {
+    if (start < 1 || start > hay.size() + (needle.isEmpty() ? 1 : 0)) return 0;
+    if (needle.isEmpty()) return start;
+    const qsizetype at = hay.indexOf(needle, start - 1, Qt::CaseSensitive);
+    return at < 0 ? 0 : at + 1;
+}
+
+qsizetype inStrRev(QStringView hay, QStringView needle, qsizetype start) {
+    if (start == -1) start = hay.size();
+    if (start < 1 || start > hay.size() || needle.isEmpty()) return needle.isEmpty() ? start : 0;
+    // The match must lie wholly within the first `start` characters.
+    const qsizetype at = hay.left(start).lastIndexOf(needle, -1, Qt::CaseSensitive);
+    return at < 0 ? 0 : at + 1;
+}
+
+QString mid(QStringView text, qsizetype start, qsizetype length) {
+    if (start < 1 || start > text.size()) return {};
+    const qsizetype from = start - 1;
+    if (length < 0 || length > text.size() - from) length = text.size() - from;
+    return text.mid(from, length).toString();
+}
+
+QString left(QStringView text, qsizetype length) {
+    return length <= 0 ? QString() : text.left(std::min(length, text.size())).toString();
+}
+
+QString right(QStringView text, qsizetype length) {
+    return length <= 0 ? QString() : text.right(std::min(length, text.size())).toString();
+}
+
+double val(QStringView text) {
+    QString number;
+    qsizetype i = 0;
+    auto skipBlanks = [&] {
+        while (i < text.size() && (text[i] == u' ' || text[i] == u'\t' || text[i] == u'\n')) ++i;
+    };
+    skipBlanks();
+    if (i < text.size() && (text[i] == u'-' || text[i] == u'+')) number += text[i++];
+    bool digits = false, point = false;
+    for (skipBlanks(); i < text.size(); skipBlanks()) {
+        const QChar c = text[i];
+        if (c.isDigit() && c.unicode() < 128) {
+            number += c;
+            digits = true;
+        } else if (c == u'.' && !point) {
+            number += c;
+            point = true;
+        } else {
+            break;
+        }
+        ++i;
+    }
+    if (!digits) return 0.0;
+    // An exponent counts only when digits follow it.
+    if (i < text.size() && (text[i] == u'e' || text[i] == u'E' || text[i] == u'd' || text[i] == u'D')) {
+        QString exponent = QStringLiteral("e");
+        qsizetype j = i + 1;
+        auto skip = [&] {
+            while (j < text.size() && (text[j] == u' ' || text[j] == u'\t' || text[j] == u'\n')) ++j;
+        };
+        skip();
+        if (j < text.size() && (text[j] == u'-' || text[j] == u'+')) exponent += text[j++];
+        bool expDigits = false;
+        for (skip(); j < text.size() && text[j].isDigit() && text[j].unicode() < 128; skip()) {
+            exponent += text[j++];
+            expDigits = true;
+        }
+        if (expDigits) number += exponent;
+    }
+    bool ok = false;
+    const double value = number.toDouble(&ok);
+    if (!ok || !std::isfinite(value)) return 0.0;
+    return value;
+}
+
+namespace {
+template <typename T>
+std::optional<T> roundToEven(double value) {
+    if (!std::isfinite(value)) return std::nullopt;
+    const double r = std::nearbyint(value);  // default rounding mode: halves to even
+    if (r < static_cast<double>(std::numeric_limits<T>::min()) ||
+        r > static_cast<double>(std::numeric_limits<T>::max()))
+        return std::nullopt;
+    return static_cast<T>(r);
+}
+}  // namespace
+
+std::optional<int16_t> toInt16(double value) { return roundToEven<int16_t>(value); }
+std::optional<int32_t> toInt32(double value) { return roundToEven<int32_t>(value); }
+
+std::optional<double> parseNumber(QStringView text) {
+    bool ok = false;
+    const double value = text.trimmed().toDouble(&ok);
+    if (!ok || !std::isfinite(value)) return std::nullopt;
+    return value;
+}
+
+}  // namespace vb

@@ -1,0 +1,66 @@
+#pragma once
+// The call-sign file: fixed 167-byte records sorted by call sign, no header, no index.
+// Every access goes through these procedures and the one record buffer `CurrentRecord`.
+//
+// Each procedure opens the file, works and closes it again. A procedure that changes the file
+// writes the complete new contents to "temp.db" beside it and then renames that over the file,
+// so a program killed at any moment leaves either the old file or the new one, never a mix.
+#include "db/callrecord.h"
+
+#include <QString>
+#include <QStringList>
+#include <cstdint>
+
+class CallDatabase {
+public:
+    static constexpr const char* kFileName = "Norvane-DB.db";
+    static constexpr const char* kTempName = "temp.db";
+
+    // filePath: the call-sign file itself (data folder + "/Norvane-DB.db").
+    explicit CallDatabase(QString filePath);
+
+    const QString& filePath() const { return path_; }
+    bool exists() const;
+
+    // Binary search by call sign. Returns the record number (from 1) and leaves the record in
+    // CurrentRecord; returns 0 and clears CurrentRecord when the call is not there. Creates an
+    // empty file when none exists.
+    int32_t FindCallRecord(const QString& key);
+
+    // Number of records: file length / 167 rounded to the nearest (halves to even), 0 without file.
+    int32_t CountRecords() const;
+
+    // Writes CurrentRecord as record CountRecords() + 1. Does nothing without a file.
+    bool AppendRecord();
+
+    // Writes CurrentRecord over record n (from 1). Does nothing without a file.
+    bool UpdateRecord(int32_t n);
+
+    // Comb sort (shrink 0.65) of the whole records, ascending by trimmed call sign. A file with
+    // bytes after its last whole record keeps them where they are.
+    bool SortDatabase();
+
+    // Clears list and adds every record's trimmed call in file order; leaves the list untouched
+    // without a file.
+    void FillCallList(QStringList& list) const;
+
+    // Rewrites the file without every record whose trimmed call equals the trimmed key. Nothing
+    // happens without a file.
+    bool DeleteCallRecord(const QString& key);
+
+    // All nine fields of CurrentRecord to blanks.
+    void ClearRecord() { CurrentRecord.clear(); }
+
+    // Why the last change could not be written ("" after a success). The file is then unchanged.
+    const QString& lastError() const { return error_; }
+
+    CallRecord CurrentRecord;
+
+private:
+    QString tempPath() const;
+    void createIfMissing() const;
+    bool fail(const QString& message);
+
+    QString path_;
+    QString error_;
+};
