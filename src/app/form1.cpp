@@ -152,12 +152,12 @@ bool Form1::Form_Load() {
     QFile builtIn(QStringLiteral(":/Languages/Norvane_English.Language"));
     if (builtIn.open(QIODevice::ReadOnly)) LoadLanguageText(builtIn.readAll(), g_.Texts);
     const LanguageResult language =
-        LoadLanguage(g_.Language, g_.DataPath, g_.Texts, [this](const QString& text) { lblStatus->setText(text); });
+        LoadLanguage(g_.Language, g_.DataPath, g_.Texts, [this](const QString& text) { lblCall->setText(text); });
     if (language.status != LanguageLoad::Ok) {
         const QString file = g_.DataPath + QStringLiteral("/Languages/") + language.fileName;
         showFailure(language.message().isEmpty() ? file : language.message() + QStringLiteral("\r\n") + file,
                     QLatin1String(kFailureTitle));
-        lblStatus->setText(g_.Texts.Ready);
+        lblCall->setText(g_.Texts.Ready);
     }
     // 12. Own position, from the own call's record when none is saved.
     const Position own = OwnPosition(settings::GetDoubleSetting(settings::kMyLatitude, 0),

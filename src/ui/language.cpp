@@ -98,9 +98,9 @@ const LanguageLine* usedLine(int index) {
 
 LanguageLoad fillSlots(const QString& text, LanguageTexts& texts) {
     const QStringList lines = text.split(QChar(13));
-    // The running line number is a 16-bit counter: a file of more lines overflows it.
-    if (lines.size() - 1 > std::numeric_limits<int16_t>::max()) return LanguageLoad::Overflow;
     for (int index = 0; index < lines.size(); ++index) {
+        // The running line number is a 16-bit counter: a file of more lines overflows it.
+        if (index > std::numeric_limits<int16_t>::max()) return LanguageLoad::Overflow;
         const LanguageLine* used = usedLine(index);
         if (!used) continue;  // read and discarded
         const QString& line = lines[index];

@@ -17,7 +17,7 @@ struct LanguageTexts {
     QString LookupOk;              // lblStatus after a page arrived
     QString UnitCaption;           // setup window: distance unit caption (stored with a blank in front)
     QString LoggedIn;              // lblStatus after a login check: logged in; "***" -> service
-    QString Ready;                 // lblStatus at start: how to look a call up
+    QString Ready;                 // lblCall at start: how to look a call up
     QString NotLoggedIn;           // two lines: not logged in ("***" -> service) + LoginHint
     QString LoginHint;             // how to log in
     QString LoginNotNeededQrzcq;   // login state text of the third service

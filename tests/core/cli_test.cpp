@@ -1,0 +1,78 @@
+#include "testutil.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <gtest/gtest.h>
+
+using namespace testutil;
+
+namespace {
+
+struct CliRun {
+    int status;
+    QString out;
+    QString err;
+};
+
+CliRun cli(const QStringList& args) {
+    QProcess p;
+    p.start(QStringLiteral(PX_CLI), args);
+    p.waitForFinished(30000);
+    return {p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
+}
+
+TEST(CliTest, DatabaseCommands) {
+    QTemporaryDir dir;
+    const QStringList data{"--data", dir.path()};
+    EXPECT_EQ(cli(QStringList{"db", "count"} + data).out, "0\n");
+
+    CliRun r = cli(QStringList{"db", "add", "--call", "w1aw", "--name", "Hiram", "--lat", "41.7", "--year", "1914"} + data);
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_EQ(r.out, "added w1aw\n");
+    EXPECT_EQ(cli(QStringList{"db", "add", "--call", "G4ABC", "--name", "Alice", "--ctry", "England"} + data).out, "added G4ABC\n");
+    EXPECT_EQ(cli(QStringList{"db", "add", "--call", "G4ABC", "--name", "Alice B"} + data).out, "updated G4ABC\n");
+    EXPECT_EQ(cli(QStringList{"db", "list"} + data).out, "G4ABC\nw1aw\n");
+    EXPECT_EQ(cli(QStringList{"db", "count"} + data).out, "2\n");
+
+    CallRecord expected;
+    expected.setField(CallField::Call, "G4ABC");
+    expected.setField(CallField::Name, "Alice B");
+    EXPECT_EQ(readFile(dir.path() + "/Norvane-DB.db").left(167), QByteArray(expected.bytes().data(), 167));
+
+    r = cli(QStringList{"db", "find", "w1aw", "--json"} + data);
+    EXPECT_EQ(r.status, 0);
+    const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();
+    EXPECT_EQ(o["record"].toInt(), 2);
+    EXPECT_EQ(o["Name"].toString(), "Hiram");
+    EXPECT_EQ(o["Lat"].toString(), "41.7");
+    EXPECT_EQ(o["YearBorn"].toString(), "1914");
+    EXPECT_EQ(o["Ctry"].toString(), "");
+
+    r = cli(QStringList{"db", "find", "K1ZZZ"} + data);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "K1ZZZ: not found\n");
+
+    EXPECT_EQ(cli(QStringList{"db", "delete", "G4ABC"} + data).status, 0);
+    EXPECT_EQ(cli(QStringList{"db", "list"} + data).out, "w1aw\n");
+}
+
+TEST(CliTest, HelpVersionAndUsageErrors) {
+    EXPECT_TRUE(cli({"--help"}).out.contains("db find CALL [--json]"));
+    EXPECT_TRUE(cli({"--version"}).out.startsWith("pxcallsigns "));
+    struct Case {
+        QStringList args;
+        const char* message;
+    };
+    for (const Case& c : {Case{{"db"}, "db needs a command"}, Case{{"db", "frob"}, "unknown db command frob"},
+                          Case{{"db", "find"}, "db find needs one call sign"},
+                          Case{{"db", "add", "--name", "x"}, "db add needs --call"},
+                          Case{{"db", "add", "--call", "A", "--colour", "x"}, "unknown option --colour"},
+                          Case{{"db", "find", "--data"}, "--data needs a value"}}) {
+        const CliRun r = cli(c.args);
+        EXPECT_EQ(r.status, 2) << c.message;
+        EXPECT_TRUE(r.err.startsWith(QString("pxcallsigns: ") + c.message)) << r.err.toStdString();
+    }
+}
+
+}  // namespace

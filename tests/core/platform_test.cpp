@@ -1,0 +1,61 @@
+#include "platform/platform.h"
+#include "testutil.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QThread>
+#include <gtest/gtest.h>
+
+namespace {
+
+// A child process started with the given program and argv[0], ended when the test ends.
+struct Child {
+    QProcess process;
+    Child(const QString& program, const QStringList& args, const QProcessEnvironment& env = QProcessEnvironment::systemEnvironment()) {
+        process.setProcessEnvironment(env);
+        process.start(program, args);
+        process.waitForStarted();
+    }
+    ~Child() {
+        process.kill();
+        process.waitForFinished();
+    }
+};
+
+TEST(PlatformTest, FindProgPathByProgramFile) {
+    QTemporaryDir dir;
+    const QString exe = dir.path() + "/bin dir/Pictaro.exe";
+    QDir().mkpath(dir.path() + "/bin dir");
+    ASSERT_TRUE(QFile::copy("/bin/sleep", exe));
+    QFile(exe).setPermissions(QFile::ExeOwner | QFile::ReadOwner);
+    EXPECT_EQ(platform::FindProgPath("Pictaro.exe"), "");
+    Child child(exe, {"30"});
+    EXPECT_EQ(platform::FindProgPath("Pictaro.exe"), dir.path() + "/bin dir/");
+    EXPECT_EQ(platform::FindProgPath("pictaro.exe"), "") << "the search is case-sensitive";
+    EXPECT_EQ(platform::FindProgPath(""), "");
+}
+
+TEST(PlatformTest, FindProgPathUnderWineMapsTheWindowsPath) {
+    // Wine shows the Windows path of the program as the command line; the drive is found
+    // through the prefix named by the process's own WINEPREFIX.
+    QTemporaryDir prefix;
+    QDir().mkpath(prefix.path() + "/drive_c/Program Files/Pictaro");
+    QDir().mkpath(prefix.path() + "/dosdevices");
+    QFile::link("../drive_c", prefix.path() + "/dosdevices/c:");
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("WINEPREFIX", prefix.path());
+    Child child("/bin/bash", {"-c", "exec -a 'C:\\Program Files\\Pictaro\\Pictaro.exe' sleep 30"}, env);
+    QThread::msleep(100);  // until bash has replaced itself
+    EXPECT_EQ(platform::FindProgPath("Pictaro.exe"), prefix.path() + "/drive_c/Program Files/Pictaro/");
+}
+
+TEST(PlatformTest, AppDataFolderFollowsXdg) {
+    const QByteArray saved = qgetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", "/tmp/xdg-data");
+    EXPECT_EQ(platform::GetAppDataFolder(), "/tmp/xdg-data");
+    qputenv("XDG_DATA_HOME", "relative/ignored");
+    EXPECT_EQ(platform::GetAppDataFolder(), QDir::homePath() + "/.local/share");
+    qputenv("XDG_DATA_HOME", saved);
+}
+
+}  // namespace

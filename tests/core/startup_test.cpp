@@ -1,0 +1,188 @@
+#include "app/appcfg.h"
+#include "app/datafolder.h"
+#include "app/settings.h"
+#include "app/startup.h"
+#include "testutil.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSettings>
+#include <gtest/gtest.h>
+
+using namespace testutil;
+
+namespace {
+
+QString configFile() { return qEnvironmentVariable("XDG_CONFIG_HOME") + "/PX Callsigns.conf"; }
+
+TEST(SettingsTest, DefaultsKeysAndBadValues) {
+    QFile::remove(configFile());
+    EXPECT_EQ(settings::GetInt16Setting(settings::kUnit, 1), 1);
+    EXPECT_EQ(settings::GetDoubleSetting(settings::kMyLatitude, 0), 0.0);
+    EXPECT_EQ(settings::GetSetting(settings::kPictaroInstall, "dflt"), "dflt");
+
+    settings::SaveSetting(settings::kUnit, "0");
+    settings::SaveSetting(settings::kServiceIndex, "3");
+    settings::SaveSetting(settings::kMyLatitude, "51.5");
+    settings::SaveSetting(settings::kPictaroInstall, "C:\\Program Files\\Pictaro\\");
+    // The store is a plain INI file: sections and keys exactly as other versions wrote them.
+    const QString ini = QString::fromUtf8(readFile(configFile()));
+    EXPECT_TRUE(ini.contains("[Mi]\nKm=0\n")) << ini.toStdString();
+    EXPECT_TRUE(ini.contains("[DataBase]\nIndex=3\n"));
+    EXPECT_TRUE(ini.contains("[My]\nlatitude=51.5\n"));
+    EXPECT_EQ(settings::GetSetting(settings::kPictaroInstall, ""), "C:\\Program Files\\Pictaro\\");
+    EXPECT_EQ(settings::GetInt16Setting(settings::kUnit, 1), 0);
+    EXPECT_EQ(settings::GetDoubleSetting(settings::kMyLatitude, 0), 51.5);
+
+    for (const char* bad : {"abc", "70000", "", "1e400"}) {
+        settings::SaveSetting(settings::kServiceIndex, bad);
+        EXPECT_EQ(settings::GetInt16Setting(settings::kServiceIndex, 1), 1) << bad;
+    }
+    settings::SaveSetting(settings::kServiceIndex, "2.5");
+    EXPECT_EQ(settings::GetInt16Setting(settings::kServiceIndex, 1), 2) << "halves round to even";
+    QFile::remove(configFile());
+}
+
+TEST(AppCfgTest, LanguageDigitTable) {
+    struct Case {
+        const char* line;
+        const char* language;
+    };
+    for (const Case& c : {Case{"0", "English"}, Case{"1", "French"}, Case{"2", "German"}, Case{"3", "3"},
+                          Case{"4", "Japanese"}, Case{"5", "Dutch"}, Case{"6", "6"}, Case{"7", "Polish"},
+                          Case{"8", "Spanish"}, Case{"9", "Russian"}, Case{"12", "12"}, Case{"", ""},
+                          Case{"x", "x"}, Case{" 0", " 0"}}) {
+        EXPECT_EQ(LanguageFromAppCfg(c.line), c.language) << c.line;
+    }
+}
+
+TEST(AppCfgTest, ReadsLinesOneAndFiftyNine) {
+    QTemporaryDir dir;
+    const QString path = dir.path() + "/app.cfg";
+    QStringList lines;
+    for (int i = 1; i <= 70; ++i) lines << QString("line%1").arg(i);
+    lines[0] = "PA3XYZ";
+    lines[58] = "5";
+    for (const char* eol : {"\r\n", "\n", "\r"}) {
+        writeFile(path, lines.join(eol).toLatin1());
+        QString error;
+        const auto cfg = ReadAppCfg(path, &error);
+        ASSERT_TRUE(cfg) << error.toStdString();
+        EXPECT_EQ(cfg->myCall, "PA3XYZ");
+        EXPECT_EQ(cfg->language, "Dutch");
+    }
+    writeFile(path, lines.mid(0, 58).join("\r\n").toLatin1() + "\r\n");
+    QString error;
+    EXPECT_FALSE(ReadAppCfg(path, &error));
+    EXPECT_EQ(error, "Input past end of file\r\n" + path);
+    EXPECT_FALSE(ReadAppCfg(dir.path() + "/none.cfg", &error));
+    EXPECT_EQ(error, "File not found\r\n" + dir.path() + "/none.cfg");
+}
+
+TEST(StartupTest, MapCatalogueKeepsNamesEndingInMapBeforeTheExtension) {
+    QTemporaryDir dir;
+    QDir(dir.path()).mkdir("Maps");
+    for (const char* name : {"World Map.jpg", "world map.jpg", "EuropeMap.gif", "Map.jpg", "Maps.jpg", "Map",
+                             "ab", "Asia Map.jpeg", "USA Map.JPG"})
+        writeFile(dir.path() + "/Maps/" + name, "x");
+    QDir(dir.path() + "/Maps").mkdir("Dir Map.jpg");
+    EXPECT_EQ(MapCatalogue(dir.path()), (QStringList{"EuropeMap.gif", "Map.jpg", "USA Map.JPG", "World Map.jpg"}));
+    EXPECT_TRUE(MapCatalogue(dir.path() + "/nowhere").isEmpty());
+}
+
+TEST(StartupTest, NicknameItems) {
+    struct Case {
+        const char* text;
+        QStringList items;
+    };
+    for (const Case& c : {
+             Case{"G4ABC*Al\r\nW1AW*Hiram\r\n", {"G4ABC*Al", "W1AW*Hiram"}},
+             Case{"G4ABC*Al,W1AW*Hiram", {"G4ABC*Al", "W1AW*Hiram"}},
+             Case{"  G4ABC*Al  ,\n\n,W1AW*Hiram\r", {"G4ABC*Al", "W1AW*Hiram"}},
+             Case{"\"G4ABC*Al, Jr\" , x", {"G4ABC*Al, Jr", "x"}},
+             Case{"\"unterminated", {"unterminated"}},
+             Case{"", {}},
+             Case{"DL1XYZ*", {"DL1XYZ*"}},
+         }) {
+        EXPECT_EQ(ParseNicknames(c.text), c.items) << c.text;
+    }
+    QTemporaryDir dir;
+    EXPECT_FALSE(ReadNicknames(dir.path() + "/nicknames.txt"));
+    writeFile(dir.path() + "/nicknames.txt", "F5XYZ*Andr\xe9\r\n");
+    EXPECT_EQ(ReadNicknames(dir.path() + "/nicknames.txt"), QStringList{QString::fromUtf8("F5XYZ*Andr\u00e9")});
+}
+
+QString noRunningPictaro(const QString&) { return {}; }
+QString runningPictaroFolder;
+QString runningPictaro(const QString& name) { return name == "Pictaro.exe" ? runningPictaroFolder : QString(); }
+
+TEST(StartupTest, PictaroFolderResolution) {
+    QTemporaryDir installed, running;
+    const QString inst = installed.path() + "/", run = running.path() + "/";
+    runningPictaroFolder = run;
+
+    // No Pictaro.exe in the saved folder and nothing running: the failure names "app.cfg".
+    PictaroFolder r = ResolvePictaroFolder(inst, &noRunningPictaro);
+    EXPECT_EQ(r.failure, "File not found\r\napp.cfg");
+
+    // Running, but its folder has no app.cfg.
+    r = ResolvePictaroFolder(inst, &runningPictaro);
+    EXPECT_EQ(r.failure, "File not found\r\n" + run + "app.cfg");
+
+    // Running with app.cfg: used and to be stored.
+    writeFile(run + "app.cfg", "x");
+    r = ResolvePictaroFolder(inst, &runningPictaro);
+    EXPECT_TRUE(r.failure.isEmpty());
+    EXPECT_EQ(r.folder, run);
+    EXPECT_TRUE(r.store);
+
+    // Pictaro.exe in the saved folder: used as it is, app.cfg not checked here.
+    writeFile(inst + "Pictaro.exe", "x");
+    r = ResolvePictaroFolder(inst, &runningPictaro);
+    EXPECT_EQ(r.folder, inst);
+    EXPECT_FALSE(r.store);
+    EXPECT_TRUE(r.failure.isEmpty());
+}
+
+TEST(StartupTest, OwnPositionFallsBackToTheOwnRecord) {
+    QTemporaryDir dir;
+    const QString db = dir.path() + "/Norvane-DB.db";
+    CallRecord r;
+    r.setField(CallField::Call, "PA3XYZ");
+    r.setField(CallField::Name, "Jan");
+    r.setField(CallField::Lat, "52.0907");
+    r.setField(CallField::Lon, "5.1214*");
+    writeFile(db, QByteArray(r.bytes().data(), CallRecord::kSize));
+    struct Case {
+        double lat, lon;
+        const char* call;
+        double wantLat, wantLon;
+    };
+    for (const Case& c : {Case{0, 0, "PA3XYZ", 52.0907, 5.1214}, Case{0, 4.5, "PA3XYZ", 0, 4.5},
+                          Case{1.5, 0, "PA3XYZ", 1.5, 0}, Case{0, 0, "G4ABC", 0, 0}}) {
+        const Position p = OwnPosition(c.lat, c.lon, c.call, db);
+        EXPECT_DOUBLE_EQ(p.lat, c.wantLat) << c.call;
+        EXPECT_DOUBLE_EQ(p.lon, c.wantLon) << c.call;
+    }
+}
+
+TEST(DataFolderTest, SeedsAMissingFolderAndNeverOverwrites) {
+    QTemporaryDir defaults, home;
+    QDir(defaults.path()).mkpath("Languages");
+    writeFile(defaults.path() + "/Languages/Norvane_English.Language", "lang");
+    writeFile(defaults.path() + "/nicknames.txt", "G4ABC*Al");
+    const QString target = home.path() + "/share/Norvane";
+    QString error;
+    ASSERT_TRUE(SeedDataFolder(defaults.path(), target, &error));
+    EXPECT_EQ(readFile(target + "/Languages/Norvane_English.Language"), "lang");
+    EXPECT_EQ(readFile(target + "/nicknames.txt"), "G4ABC*Al");
+    EXPECT_FALSE(QFileInfo::exists(target + ".seeding"));
+
+    writeFile(target + "/nicknames.txt", "mine");
+    QFile::remove(target + "/Languages/Norvane_English.Language");
+    ASSERT_TRUE(SeedDataFolder(defaults.path(), target, &error));
+    EXPECT_EQ(readFile(target + "/nicknames.txt"), "mine");
+    EXPECT_FALSE(QFileInfo::exists(target + "/Languages/Norvane_English.Language")) << "an existing folder is left alone";
+}
+
+}  // namespace
