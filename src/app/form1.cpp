@@ -247,7 +247,7 @@ void Form1::LookUpCall(const QString& typed) {
     if (db.FindCallRecord(call) > 0 && !vb::trim(db.CurrentRecord.Name()).isEmpty()) {
         g_.CurrentCall = vb::trim(db.CurrentRecord.Call());
         lblCall->setText(g_.CurrentCall + QStringLiteral("  (") + g_.Texts.SourceDatabase + u')');
-        lblName->setText(vb::trim(db.CurrentRecord.Name()));
+        lblName->setText(vb::trim(db.CurrentRecord.Name()) + nicknameSuffix(g_.CurrentCall));
         lblAdd1->setText(db.CurrentRecord.Add1());
         lblAdd2->setText(db.CurrentRecord.Add2());
         lblCtry->setText(db.CurrentRecord.Ctry());
@@ -258,6 +258,16 @@ void Form1::LookUpCall(const QString& typed) {
     }
     lblCall->setText(g_.Texts.NotFound + call);
     cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
+}
+
+QString Form1::nicknameSuffix(const QString& call) const {
+    // The first entry that begins with the call, compared without regard to case, counts.
+    for (const QString& entry : lstNicknames) {
+        if (!entry.startsWith(call, Qt::CaseInsensitive)) continue;
+        const QStringList parts = entry.split(u'*');
+        return parts.size() == 2 ? QStringLiteral("  (") + parts[1] + u')' : QString();
+    }
+    return {};
 }
 
 void Form1::createTrayIcon() {

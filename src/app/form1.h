@@ -69,6 +69,7 @@ private:
     void layOutControls();
     void clearStation();
     QString updateCaption() const;
+    QString nicknameSuffix(const QString& call) const;
 
     ModuleValues& g_;
     bool startupFlag_ = true;  // the first service-box click is the one loading causes

@@ -165,11 +165,20 @@ private slots:
         QTest::keyClicks(form->txtCall, "g4abc");
         QTest::keyClick(form->txtCall, Qt::Key_Return);
         QCOMPARE(form->lblCall->text(), "G4ABC  (" + g.Texts.SourceDatabase + ")");
-        QCOMPARE(form->lblName->text(), QString("Alice Example"));
+        QCOMPARE(form->lblName->text(), QString("Alice Example  (Ally)"));
         QCOMPARE(form->lblCtry->text(), QString("England").leftJustified(30, ' '));
         QCOMPARE(g.CurrentCall, QString("G4ABC"));
         QCOMPARE(g.OtherLat, 51.5072);
         QVERIFY(form->cmdUpdate->isEnabled());
+
+        // The nickname list is searched by prefix: "W1XYZ" would match "W1XYZA*..." too.
+        form->lstNicknames = QStringList{"W1XYZABC*Long", "W1XYZ*Not reached", "JA1XYZ*a*b"};
+        form->txtCall->setText("W1XYZ");
+        QTest::keyClick(form->txtCall, Qt::Key_Return);
+        QCOMPARE(form->lblName->text(), QString("John Q Example  (Long)"));
+        form->txtCall->setText("JA1XYZ");
+        QTest::keyClick(form->txtCall, Qt::Key_Return);
+        QCOMPARE(form->lblName->text(), QString("Taro Rei"));  // three parts: no nickname
 
         form->txtCall->setText("<b>K9ZZZ</b>");
         QTest::keyClick(form->txtCall, Qt::Key_Return);
