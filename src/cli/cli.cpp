@@ -2,6 +2,7 @@
 
 #include "common/vbtext.h"
 #include "db/calldatabase.h"
+#include "geo/distanceazimuth.h"
 #include "platform/platform.h"
 
 #include <QJsonDocument>
@@ -23,6 +24,8 @@ constexpr const char* kUsage =
     "         [--class T] [--year T]\n"
     "                               adds the record, or updates the one of that call\n"
     "  db delete CALL               removes every record of CALL\n"
+    "  distance LAT1 LON1 LAT2 LON2 [--miles] [--json]\n"
+    "                               distance and azimuth from the first position to the second\n"
     "\n"
     "Options:\n"
     "  --data DIR                   data folder to use (default: the user's Norvane folder)\n"
@@ -61,6 +64,7 @@ struct Parsed {
     QStringList positional;
     QMap<QString, QString> options;
     bool json = false;
+    bool miles = false;
     QString error;
 };
 
@@ -70,6 +74,8 @@ Parsed parse(const QStringList& args) {
         const QString& a = args[i];
         if (a == QLatin1String("--json")) {
             p.json = true;
+        } else if (a == QLatin1String("--miles")) {
+            p.miles = true;
         } else if (a.startsWith(QLatin1String("--")) && a != QLatin1String("--help") &&
                    a != QLatin1String("--version")) {
             if (i + 1 >= args.size()) {
@@ -148,10 +154,30 @@ int runDb(const Parsed& p, CallDatabase& db) {
     return usageError(verb.isEmpty() ? QStringLiteral("db needs a command") : QStringLiteral("unknown db command ") + verb);
 }
 
+int runDistance(const Parsed& p) {
+    if (p.positional.size() != 5) return usageError(QStringLiteral("distance needs LAT1 LON1 LAT2 LON2"));
+    double v[4];
+    for (int i = 0; i < 4; ++i) {
+        const auto number = vb::parseNumber(p.positional[i + 1]);
+        if (!number) return usageError(QStringLiteral("not a number: ") + p.positional[i + 1]);
+        v[i] = *number;
+    }
+    double distance = 0, azimuth = 0;
+    DistanceAzimuth(v[0], v[1], v[2], v[3], p.miles ? 1 : 0, distance, azimuth);
+    const QString unit = p.miles ? QStringLiteral("mi") : QStringLiteral("km");
+    if (p.json) {
+        QJsonObject o{{"distance", distance}, {"azimuth", azimuth}, {"unit", unit}};
+        out() << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
+    } else {
+        out() << distance << " " << unit << " " << azimuth << "\u00b0\n";
+    }
+    return 0;
+}
+
 }  // namespace
 
 bool IsCliInvocation(const QStringList& args) {
-    static const QStringList kCommands{QStringLiteral("db"), QStringLiteral("--help"), QStringLiteral("-h"),
+    static const QStringList kCommands{QStringLiteral("db"), QStringLiteral("distance"), QStringLiteral("--help"), QStringLiteral("-h"),
                                        QStringLiteral("--version")};
     return args.size() > 1 && kCommands.contains(args[1]);
 }
@@ -170,6 +196,8 @@ int RunCli(const QStringList& args) {
                                              platform::GetAppDataFolder() + QStringLiteral("/Norvane"));
         CallDatabase db(data + u'/' + QLatin1String(CallDatabase::kFileName));
         status = runDb(p, db);
+    } else if (p.positional.value(0) == QLatin1String("distance")) {
+        status = runDistance(p);
     } else {
         status = usageError(QStringLiteral("unknown command ") + p.positional.value(0));
     }

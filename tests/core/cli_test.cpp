@@ -57,6 +57,13 @@ TEST(CliTest, DatabaseCommands) {
     EXPECT_EQ(cli(QStringList{"db", "list"} + data).out, "w1aw\n");
 }
 
+TEST(CliTest, Distance) {
+    EXPECT_EQ(cli({"distance", "51.5072", "-0.1276", "40.7128", "-74.006"}).out, QString::fromUtf8("5580 km 288\u00b0\n"));
+    const CliRun r = cli({"distance", "0", "0", "0.903", "0", "--miles", "--json"});
+    EXPECT_EQ(r.out, "{\"azimuth\":0,\"distance\":62,\"unit\":\"mi\"}\n");
+    EXPECT_EQ(cli({"distance", "0", "0", "x", "0"}).status, 2);
+}
+
 TEST(CliTest, HelpVersionAndUsageErrors) {
     EXPECT_TRUE(cli({"--help"}).out.contains("db find CALL [--json]"));
     EXPECT_TRUE(cli({"--version"}).out.startsWith("pxcallsigns "));
