@@ -43,48 +43,32 @@ QString right(QStringView text, qsizetype length) {
 }
 
 double val(QStringView text) {
-    QString number;
     qsizetype i = 0;
-    auto skipBlanks = [&] {
-        while (i < text.size() && (text[i] == u' ' || text[i] == u'\t' || text[i] == u'\n')) ++i;
-    };
-    skipBlanks();
-    if (i < text.size() && (text[i] == u'-' || text[i] == u'+')) number += text[i++];
-    bool digits = false, point = false;
-    for (skipBlanks(); i < text.size(); skipBlanks()) {
-        const QChar c = text[i];
-        if (c.isDigit() && c.unicode() < 128) {
-            number += c;
-            digits = true;
-        } else if (c == u'.' && !point) {
-            number += c;
-            point = true;
-        } else {
-            break;
-        }
-        ++i;
+    while (i < text.size() && (text[i] == u' ' || text[i] == u'\t' || text[i] == u'\n')) ++i;
+    const auto isDigit = [&](qsizetype at) { return at < text.size() && text[at] >= u'0' && text[at] <= u'9'; };
+    const qsizetype start = i;
+    if (i < text.size() && (text[i] == u'-' || text[i] == u'+')) ++i;
+    const qsizetype digitsFrom = i;
+    while (isDigit(i)) ++i;
+    qsizetype digits = i - digitsFrom;
+    if (i < text.size() && text[i] == u'.') {
+        const qsizetype fraction = ++i;
+        while (isDigit(i)) ++i;
+        digits += i - fraction;
     }
-    if (!digits) return 0.0;
+    if (digits == 0) return 0.0;
     // An exponent counts only when digits follow it.
-    if (i < text.size() && (text[i] == u'e' || text[i] == u'E' || text[i] == u'd' || text[i] == u'D')) {
-        QString exponent = QStringLiteral("e");
+    if (i < text.size() && (text[i] == u'e' || text[i] == u'E')) {
         qsizetype j = i + 1;
-        auto skip = [&] {
-            while (j < text.size() && (text[j] == u' ' || text[j] == u'\t' || text[j] == u'\n')) ++j;
-        };
-        skip();
-        if (j < text.size() && (text[j] == u'-' || text[j] == u'+')) exponent += text[j++];
-        bool expDigits = false;
-        for (skip(); j < text.size() && text[j].isDigit() && text[j].unicode() < 128; skip()) {
-            exponent += text[j++];
-            expDigits = true;
+        if (j < text.size() && (text[j] == u'-' || text[j] == u'+')) ++j;
+        if (isDigit(j)) {
+            while (isDigit(j)) ++j;
+            i = j;
         }
-        if (expDigits) number += exponent;
     }
     bool ok = false;
-    const double value = number.toDouble(&ok);
-    if (!ok || !std::isfinite(value)) return 0.0;
-    return value;
+    const double value = text.mid(start, i - start).toString().toDouble(&ok);
+    return ok && std::isfinite(value) ? value : 0.0;
 }
 
 namespace {

@@ -24,9 +24,9 @@ QString mid(QStringView text, qsizetype start, qsizetype length = -1);
 QString left(QStringView text, qsizetype length);
 QString right(QStringView text, qsizetype length);
 
-// Leading-number value: reads an optional sign, digits, a decimal point and an exponent from the
-// start of the text, skipping blanks, tabs and line feeds wherever they stand; stops at the first
-// other character. No number gives 0.
+// Leading-number value: after leading blanks, tabs and line feeds, an optional sign, digits with
+// "." as the decimal point and an optional exponent; stops at the first character that cannot
+// continue the number. No number gives 0.
 double val(QStringView text);
 
 // Whole-number conversions: round to nearest with halves to even; nullopt when the rounded value

@@ -29,8 +29,8 @@ TEST(TextTest, LeadingNumberValue) {
         double value;
     };
     for (const Case& c : {Case{u"51.5072", 51.5072}, Case{u"  -0.1276 W", -0.1276}, Case{u"\t\n42", 42},
-                          Case{u"1 615 198th", 1615198}, Case{u"abc", 0}, Case{u"", 0}, Case{u"-", 0},
-                          Case{u"1.5e2x", 150}, Case{u"2e", 2}, Case{u"3.4.5", 3.4}, Case{u"+7", 7},
+                          Case{u"1 615 198th", 1}, Case{u"abc", 0}, Case{u"", 0}, Case{u"-", 0},
+                          Case{u"1.5e2x", 150}, Case{u"2e", 2}, Case{u"3.4.5", 3.4}, Case{u".5", 0.5}, Case{u"- 5", 0}, Case{u"5.", 5}, Case{u"+7", 7},
                           Case{u"52.52*", 52.52}, Case{u"1e999", 0}}) {
         EXPECT_DOUBLE_EQ(vb::val(c.text), c.value) << QString::fromUtf16(c.text).toStdString();
     }
