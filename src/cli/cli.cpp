@@ -135,7 +135,7 @@ int runDb(const Parsed& p, CallDatabase& db) {
         db.ClearRecord();
         for (const FieldOption& f : kFieldOptions)
             db.CurrentRecord.setField(f.field, f.field == CallField::Call ? call : p.options.value(QLatin1String(f.option)));
-        const bool ok = n == 0 ? db.AppendRecord() && db.SortDatabase() : db.UpdateRecord(n);
+        const bool ok = n == 0 ? db.AppendSorted() : db.UpdateRecord(n);
         if (!ok) {
             err() << "pxcallsigns: " << db.lastError() << "\n";
             return 1;

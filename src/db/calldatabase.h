@@ -40,6 +40,10 @@ public:
     // bytes after its last whole record keeps them where they are.
     bool SortDatabase();
 
+    // AppendRecord followed by SortDatabase as one change: the file goes from its old contents
+    // straight to the bytes those two leave, with no appended but unsorted file in between.
+    bool AppendSorted();
+
     // Clears list and adds every record's trimmed call in file order; leaves the list untouched
     // without a file.
     void FillCallList(QStringList& list) const;

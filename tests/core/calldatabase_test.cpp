@@ -187,3 +187,48 @@ TEST_F(CallDatabaseTest, UpdatePastTheEndAndBadNumbers) {
 }
 
 }  // namespace
+
+namespace {
+
+// AppendSorted must leave exactly what AppendRecord then SortDatabase leave, in one write.
+TEST_F(CallDatabaseTest, AppendSortedWritesTheBytesOfAppendThenSort) {
+    writeFile(path, records({"A", "C"}));
+    fill("B", "Bea");
+    ASSERT_TRUE(db.AppendSorted());
+    EXPECT_EQ(readFile(path), recordBytes("A", "Op A") + recordBytes("B", "Bea") + recordBytes("C", "Op C"));
+    EXPECT_FALSE(QFileInfo::exists(dir.path() + "/temp.db"));
+
+    const QString twoStepPath = dir.path() + "/two-step/Norvane-DB.db";
+    ASSERT_TRUE(QDir().mkpath(dir.path() + "/two-step"));
+    CallDatabase twoStep(twoStepPath);
+    const QByteArray b1 = recordBytes("B", "1"), b2 = recordBytes("B", "2");
+    const std::vector<QByteArray> starts{
+        QByteArray(),
+        records({"A"}),
+        records({"A", "B", "D", "E"}),
+        records({"E", "D"}) + b1 + recordBytes("A", "a") + b2,  // unsorted, equal calls
+        records({"A", "B"}) + QByteArray(83, 'x'),               // tail overwritten by the append
+        records({"A", "Z"}) + QByteArray(84, 'x'),               // append one record further on
+        records({"A", "Z"}) + QByteArray("tail"),
+    };
+    for (const char* call : {"0", "B", "C", "ZZ"}) {
+        for (size_t i = 0; i < starts.size(); ++i) {
+            writeFile(path, starts[i]);
+            writeFile(twoStepPath, starts[i]);
+            fill(call, QStringLiteral("New"));
+            twoStep.CurrentRecord = db.CurrentRecord;
+            ASSERT_TRUE(twoStep.AppendRecord());
+            ASSERT_TRUE(twoStep.SortDatabase());
+            ASSERT_TRUE(db.AppendSorted());
+            EXPECT_EQ(readFile(path), readFile(twoStepPath)) << "start " << i << ", call " << call;
+        }
+    }
+
+    // Without a file: no record written, an empty file made, as the two calls do.
+    QFile::remove(path);
+    fill("B", "Bea");
+    ASSERT_TRUE(db.AppendSorted());
+    EXPECT_EQ(readFile(path), QByteArray());
+}
+
+}  // namespace

@@ -15,14 +15,18 @@
 #include <chrono>
 #include <cstdint>
 #include <iostream>
+#include <map>
 #include <random>
 #include <set>
-#include <spawn.h>
 #include <string>
-#include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
 #include <vector>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 
 extern char** environ;
 
@@ -65,9 +69,6 @@ public:
         for (const auto& [call, rec] : records_) all += rec;
         return all;
     }
-    bool has(const std::string& call) const {
-        return std::any_of(records_.begin(), records_.end(), [&](const auto& r) { return r.first == call; });
-    }
     // Adds, or replaces the record of the same call.
     void put(const std::string& rec) {
         const std::string call = callOf(rec);
@@ -85,11 +86,6 @@ public:
     size_t size() const { return records_.size(); }
     const std::string& callAt(size_t i) const { return records_[i].first; }
     const std::string& recordAt(size_t i) const { return records_[i].second; }
-    std::set<std::string> calls() const {
-        std::set<std::string> out;
-        for (const auto& r : records_) out.insert(r.first);
-        return out;
-    }
 
 private:
     std::vector<std::pair<std::string, std::string>> records_;
@@ -239,27 +235,39 @@ TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
     }
     writeFile(filePath, model.bytes());
 
-    // One uncontested run of each kind sets the range of kill delays; a command that does nothing
-    // to the file gives the start-up time before which no kill can touch it.
+    // Uncontested runs of each kind (the median of five) set the range of kill delays; a command
+    // that does nothing to the file gives the start-up time before which no kill can touch it.
+    const auto median = [](std::vector<double> v) {
+        std::sort(v.begin(), v.end());
+        return v[v.size() / 2];
+    };
     QTemporaryDir emptyDir;
-    const double startup = runTool({"db", "count", "--data", emptyDir.path().toStdString()}, -1).seconds;
+    std::vector<double> startups;
+    for (int i = 0; i < 5; ++i)
+        startups.push_back(runTool({"db", "count", "--data", emptyDir.path().toStdString()}, -1).seconds);
+    const double startup = median(startups);
     std::array<double, 3> duration{};
     {
-        const std::string addCall = make.newCall(used);
-        const Fields added = make.fields(addCall, "Timing");
-        duration[static_cast<int>(Op::AddNew)] = runTool(addArgs(added, data), -1).seconds;
-        model.put(recordOf(added));
-        Fields changed = make.fields(addCall, "Timing2");
-        duration[static_cast<int>(Op::Update)] = runTool(addArgs(changed, data), -1).seconds;
-        model.put(recordOf(changed));
-        duration[static_cast<int>(Op::Delete)] = runTool(deleteArgs(addCall, data), -1).seconds;
-        model.remove(addCall);
-        ASSERT_EQ(readFile(filePath), model.bytes()) << "uncontested runs";
+        std::array<std::vector<double>, 3> runs;
+        for (int i = 0; i < 5; ++i) {
+            const std::string addCall = make.newCall(used);
+            const Fields added = make.fields(addCall, "Timing");
+            runs[static_cast<int>(Op::AddNew)].push_back(runTool(addArgs(added, data), -1).seconds);
+            model.put(recordOf(added));
+            const Fields changed = make.fields(addCall, "Timing2");
+            runs[static_cast<int>(Op::Update)].push_back(runTool(addArgs(changed, data), -1).seconds);
+            model.put(recordOf(changed));
+            runs[static_cast<int>(Op::Delete)].push_back(runTool(deleteArgs(addCall, data), -1).seconds);
+            model.remove(addCall);
+            ASSERT_EQ(readFile(filePath), model.bytes()) << "uncontested runs";
+        }
+        for (size_t k = 0; k < runs.size(); ++k) duration[k] = median(runs[k]);
     }
 
     int oldState = 0, newState = 0, killedOld = 0, killedNew = 0, finishedFirst = 0, completed = 0;
     int killedMidWrite = 0, completedOverStale = 0, planted = 0, neither = 0;
     std::string firstNeither;
+    std::map<std::string, int> neitherKinds;
     std::string lastDeleted;  // a record no longer in the file, for planting in a stale temp.db
     const auto begin = Clock::now();
 
@@ -302,7 +310,7 @@ TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
         const bool staleBefore = QFileInfo::exists(tempPath);
         const int64_t tempBefore = changedAt(tempPath);
         const double full = duration[static_cast<int>(op)];
-        const double delay = runToEnd ? -1 : make.uniform(startup * 0.8, full * 1.05);
+        const double delay = runToEnd ? -1 : make.uniform(std::min(startup * 0.8, full * 0.5), full * 1.05);
         const Outcome outcome = runTool(args, delay);
 
         const std::string file = readFile(filePath);
@@ -336,6 +344,7 @@ TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
             if (!deletedRecord.empty()) lastDeleted = deletedRecord;
         } else {
             ++neither;
+            ++neitherKinds[describe(file, before, after, addedRecord)];
             if (firstNeither.empty())
                 firstNeither = "trial " + std::to_string(trial) + " (" +
                                (op == Op::AddNew ? "add" : op == Op::Update ? "update" : "delete") +
@@ -357,6 +366,7 @@ TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
               << "[ kill test ] killed while writing temp.db: " << killedMidWrite
               << "; runs to the end over a stale temp.db: " << completedOverStale << " (" << planted
               << " planted)\n";
+    for (const auto& [kind, count] : neitherKinds) std::cout << "[ kill test ] neither: " << count << " x " << kind << "\n";
     RecordProperty("old_state", oldState);
     RecordProperty("new_state", newState);
     RecordProperty("killed_old", killedOld);
