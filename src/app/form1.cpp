@@ -6,7 +6,7 @@
 #include "common/vbtext.h"
 #include "db/calldatabase.h"
 #include "platform/platform.h"
-#include "ui/msgbox.h"
+#include "ui/unimsgbox.h"
 #include "ui/windowhelpers.h"
 
 #include <QApplication>
@@ -57,7 +57,7 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     setObjectName(QStringLiteral("Form1"));
     setWindowTitle(QStringLiteral("PX Callsigns"));
     showFailure = [this](const QString& text, const QString& title) {
-        ShowMessageBox(this, text, title, MsgIcon::Exclamation);
+        ShowUniMsgBox(this, text, 48, title, QStringLiteral("OK"));
     };
 
     lblCall = makeLabel(this, "lblCall");
@@ -111,7 +111,7 @@ bool Form1::Form_Load() {
     // 6. The menu font.
     const MenuFont menuFont = GetMenuFont();
     if (menuFont.faceName.isEmpty() || menuFont.pointSize <= 0) {
-        ShowMessageBox(this, QString(200, u' '), QString(), MsgIcon::None);
+        ShowUniMsgBox(this, QString(200, u' '), 0, QString(), QStringLiteral("OK"));
     } else {
         g_.MenuFontName = menuFont.faceName;
         g_.MenuFontSize = menuFont.pointSize;

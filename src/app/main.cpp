@@ -2,7 +2,7 @@
 #include "app/form1.h"
 #include "cli/cli.h"
 #include "platform/platform.h"
-#include "ui/msgbox.h"
+#include "ui/unimsgbox.h"
 
 #include <QApplication>
 #include <QCoreApplication>
@@ -24,7 +24,7 @@ int main(int argc, char* argv[]) {
     QString error;
     const QString dataPath = platform::GetAppDataFolder() + QStringLiteral("/Norvane");
     if (!SeedDataFolder(DefaultDataFolder(QCoreApplication::applicationDirPath()), dataPath, &error))
-        ShowMessageBox(nullptr, error, QStringLiteral("PX Callsigns"), MsgIcon::Exclamation);
+        ShowUniMsgBox(nullptr, error, 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
 
     ModuleValues values;
     Form1 form(values);

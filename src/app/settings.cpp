@@ -27,6 +27,12 @@ int16_t GetInt16Setting(Key key, int16_t fallback) {
     return vb::toInt16(*number).value_or(fallback);
 }
 
+int32_t GetInt32Setting(Key key, int32_t fallback) {
+    const auto number = vb::parseNumber(GetSetting(key, QString::number(fallback)));
+    if (!number) return fallback;
+    return vb::toInt32(*number).value_or(fallback);
+}
+
 double GetDoubleSetting(Key key, double fallback) {
     return vb::parseNumber(GetSetting(key, QString::number(fallback, 'g', 17))).value_or(fallback);
 }

@@ -25,6 +25,7 @@ void SaveSetting(Key key, const QString& value);
 
 // Numeric readings. A value that is not a number, or does not fit, reads as the default.
 int16_t GetInt16Setting(Key key, int16_t fallback);
+int32_t GetInt32Setting(Key key, int32_t fallback);
 double GetDoubleSetting(Key key, double fallback);
 
 }  // namespace settings

@@ -1,0 +1,155 @@
+#include "ui/unimsgbox.h"
+
+#include "ui/beep.h"
+#include "ui/windowhelpers.h"
+
+#include <QApplication>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QStyle>
+
+namespace {
+
+int rightSlot = 0;  // kept between calls, as the one value the box remembers
+
+struct ButtonGeometry {
+    int offset, top, width, height;
+};
+
+ButtonGeometry buttonGeometry(double fontSize) {
+    if (fontSize < 9) return {80, 30, 70, 30};
+    if (fontSize < 12) return {95, 25, 85, 32};
+    return {110, 20, 100, 35};
+}
+
+QLabel* iconLabel(QWidget* parent, const char* name, QStyle::StandardPixmap which, QRect geometry) {
+    auto* label = new QLabel(parent);
+    label->setObjectName(QLatin1String(name));
+    label->setPixmap(parent->style()->standardIcon(which).pixmap(geometry.size()));
+    label->setScaledContents(true);
+    label->setGeometry(geometry);
+    label->hide();
+    return label;
+}
+
+}  // namespace
+
+UniMsgBox::UniMsgBox(QWidget* parent) : QDialog(parent) {
+    setObjectName(QStringLiteral("UniMsgBox"));
+    // The designed places; only two of the icons are moved when shown.
+    imgCritical = iconLabel(this, "imgCritical", QStyle::SP_MessageBoxCritical, {15, 25, 48, 48});
+    imgQuestion = iconLabel(this, "imgQuestion", QStyle::SP_MessageBoxQuestion, {15, 25, 48, 48});
+    imgExclamation = iconLabel(this, "imgExclamation", QStyle::SP_MessageBoxWarning, {15, 25, 48, 48});
+    imgInformation = iconLabel(this, "imgInformation", QStyle::SP_MessageBoxInformation, {15, 25, 48, 48});
+    lblPrompt = new QLabel(this);
+    lblPrompt->setObjectName(QStringLiteral("lblPrompt"));
+    lblPrompt->setTextFormat(Qt::PlainText);
+    lblPrompt->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    pic1 = new QWidget(this);
+    pic1->setObjectName(QStringLiteral("pic1"));
+    pic1->setAutoFillBackground(true);
+    QPalette strip = pic1->palette();
+    strip.setColor(QPalette::Window, strip.color(QPalette::Button));
+    pic1->setPalette(strip);
+    int number = 0;
+    for (QPushButton** button : {&cmd1, &cmd2, &cmd3}) {
+        *button = new QPushButton(pic1);
+        (*button)->setObjectName(QStringLiteral("cmd%1").arg(++number));
+        (*button)->hide();
+    }
+    const auto press = [this](int value) {
+        result_ = value;
+        accept();
+    };
+    connect(cmd1, &QPushButton::clicked, this, [press] { press(7); });
+    connect(cmd2, &QPushButton::clicked, this, [press] { press(6); });
+    connect(cmd3, &QPushButton::clicked, this, [press] { press(2); });
+}
+
+void UniMsgBox::Prepare(QWidget* owner, const QString& prompt, int buttons, const QString& title,
+                        const QString& caption1, const QString& caption2, const QString& caption3, const QString&,
+                        int left, int top) {
+    // Icon and beep.
+    const int style = buttons & 15;
+    const int icon = buttons - style;
+    switch (icon) {
+    case 16:
+        imgCritical->show();
+        sound::MessageBeep(16);
+        break;
+    case 32: imgQuestion->show(); break;  // the question icon is shown silently
+    case 48:
+        imgExclamation->setGeometry(10, 10, 50, 50);
+        imgExclamation->show();
+        sound::MessageBeep(48);
+        break;
+    case 64:
+        imgInformation->setGeometry(10, 30, 40, 40);
+        imgInformation->show();
+        sound::MessageBeep(64);
+        break;
+    default: break;
+    }
+    // The desktop's message font.
+    const QFont messageFont = QApplication::font("QMessageBox");
+    lblPrompt->setFont(messageFont);
+    // One label line per CR LF, 21 pixels each.
+    const qsizetype lines = (prompt.size() - QString(prompt).remove(QStringLiteral("\r\n")).size()) / 2 + 1;
+    lblPrompt->setText(QString(prompt).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+    lblPrompt->setGeometry(85, 30, kPromptWidth, static_cast<int>(21 * lines));
+    // The window around it, the strip along its bottom.
+    const int width = lblPrompt->width() + 145;
+    const int height = lblPrompt->height() + 160;
+    setFixedSize(width, height);
+    pic1->setGeometry(0, height - 70, width, 70);
+    setWindowTitle(title);
+    // Buttons.
+    for (QPushButton* b : {cmd1, cmd2, cmd3}) b->setFont(messageFont);
+    const double points = messageFont.pointSizeF() > 0 ? messageFont.pointSizeF() : messageFont.pixelSize() * 0.75;
+    const ButtonGeometry g = buttonGeometry(points);
+    rightSlot = pic1->width() - g.offset;
+    cmd1->setText(caption1);
+    cmd2->setText(caption2);
+    cmd3->setText(caption3);
+    auto place = [&](QPushButton* b, int left) {
+        b->setGeometry(left, g.top, g.width, g.height);
+        b->show();
+    };
+    if (style == 0) {
+        place(cmd1, rightSlot);
+    } else if (style == 1 || style == 4 || style == 5) {
+        place(cmd2, rightSlot);
+        place(cmd1, rightSlot - g.width - 10);
+    } else if (style == 2 || style == 3) {
+        place(cmd2, rightSlot);
+        place(cmd1, rightSlot - g.width - 10);
+        place(cmd3, rightSlot - 2 * g.width - 20);
+    }
+    // Position: given, or centred over the owner and kept on the virtual screen.
+    if (left != 0 && top != 0) {
+        move(left, top);
+    } else {
+        const QScreen* screen = QGuiApplication::primaryScreen();
+        const QRect over = owner ? owner->frameGeometry() : (screen ? screen->geometry() : QRect());
+        const QRect desk = screen ? screen->virtualGeometry() : QRect(0, 0, 1 << 16, 1 << 16);
+        int x = std::max(0, over.left() + (over.width() - width) / 2);
+        int y = std::max(0, over.top() + (over.height() - height) / 2);
+        if (x + width > desk.right() + 1) x = desk.right() + 1 - width;
+        if (y + height > desk.bottom() + 1) y = desk.bottom() + 1 - height;
+        move(x, y);
+    }
+    // Above every other window.
+    SetTopMost(this, true);
+}
+
+int ShowUniMsgBox(QWidget* owner, const QString& prompt, int buttons, const QString& title, const QString& caption1,
+                  const QString& caption2, const QString& caption3, const QString& extra, int left, int top) {
+    UniMsgBox box(owner);
+    box.Prepare(owner, prompt, buttons, title, caption1, caption2, caption3, extra, left, top);
+    box.exec();
+    return box.result();
+}
+
+int UniMsgBoxRightSlot() { return rightSlot; }
