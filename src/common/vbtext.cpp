@@ -1,5 +1,7 @@
 #include "common/vbtext.h"
 
+#include "common/cp1252.h"
+
 #include <cmath>
 #include <limits>
 
@@ -32,6 +34,11 @@ QString mid(QStringView text, qsizetype start, qsizetype length) {
     const qsizetype from = start - 1;
     if (length < 0 || length > text.size() - from) length = text.size() - from;
     return text.mid(from, length).toString();
+}
+
+QString midStrict(QStringView text, qsizetype start, qsizetype length) {
+    if (start < 1 || length < 0) throw InvalidCall();
+    return mid(text, start, length);
 }
 
 QString left(QStringView text, qsizetype length) {
@@ -85,6 +92,11 @@ double val(QStringView text) {
     const double value = number.toDouble(&ok);
     if (!ok || !std::isfinite(value)) return 0.0;
     return value;
+}
+
+bool isAlphaNumeric(QChar c) {
+    // A character the code page lacks becomes '?', which is no letter either.
+    return QChar(cp1252::toUnicode(cp1252::fromUnicode(c.unicode()))).isLetterOrNumber();
 }
 
 namespace {
