@@ -94,7 +94,7 @@ private:
     // the parser does.
     template <typename Target, typename Stops>
     bool popThrough(Target isTarget, const Stops& stops);
-    template <typename Stops = Names>
+    template <typename Stops>
     bool popThroughNamed(string_view target, const Stops& stops) {
         return popThrough([target](const std::string& n) { return n == target; }, stops);
     }

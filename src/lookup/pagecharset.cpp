@@ -4,6 +4,7 @@
 
 #include <QStringDecoder>
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 namespace lookup {
