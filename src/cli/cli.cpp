@@ -3,8 +3,13 @@
 #include "common/vbtext.h"
 #include "db/calldatabase.h"
 #include "geo/distanceazimuth.h"
+#include "lookup/callbookfields.h"
+#include "lookup/cleancall.h"
+#include "lookup/htmldecode.h"
 #include "platform/platform.h"
 
+#include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
@@ -26,6 +31,11 @@ constexpr const char* kUsage =
     "  db delete CALL               removes every record of CALL\n"
     "  distance LAT1 LON1 LAT2 LON2 [--miles] [--json]\n"
     "                               distance and azimuth from the first position to the second\n"
+    "  decode FILE                  the plain text of an HTML page, each line ended by CR LF\n"
+    "  parse --service N --call CALL FILE [--json]\n"
+    "                               the station fields of a call-book page (service 1 eHam,\n"
+    "                               2 QRZ, 3 QRZCQ, 4 Callook, 5 HamCall) and the events raised\n"
+    "  clean-call TEXT              the call sign TEXT cleaned for a lookup (exit 1: no call)\n"
     "\n"
     "Options:\n"
     "  --data DIR                   data folder to use (default: the user's Norvane folder)\n"
@@ -174,11 +184,87 @@ int runDistance(const Parsed& p) {
     return 0;
 }
 
+bool readPage(const QString& path, QString& text) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        err() << "pxcallsigns: cannot read " << path << ": " << file.errorString() << "\n";
+        return false;
+    }
+    text = lookup::pageToText(file.readAll());
+    return true;
+}
+
+int runDecode(const Parsed& p) {
+    if (p.positional.size() != 2) return usageError(QStringLiteral("decode needs one file"));
+    QString text;
+    if (!readPage(p.positional[1], text)) return 1;
+    if (!text.isEmpty()) out() << text << "\r\n";
+    return 0;
+}
+
+// One JSON value as text.
+QString jsonText(const QJsonValue& value) {
+    const QByteArray array = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    return QString::fromUtf8(array.mid(1, array.size() - 2));
+}
+
+int runParse(const Parsed& p) {
+    bool ok = false;
+    const int service = p.options.value(QStringLiteral("--service")).toShort(&ok);
+    if (!ok) return usageError(QStringLiteral("parse needs --service N"));
+    if (!p.options.contains(QStringLiteral("--call"))) return usageError(QStringLiteral("parse needs --call CALL"));
+    if (p.positional.size() != 2) return usageError(QStringLiteral("parse needs one file"));
+    const QString call = p.options.value(QStringLiteral("--call"));
+
+    lookup::CallbookFields fields;
+    if (!readPage(p.positional[1], fields.PageText)) return 1;
+    fields.Database = static_cast<int16_t>(service);
+    QStringList events;
+    fields.onEvent = [&](lookup::FieldEvent event, const QString&) { events.append(lookup::eventName(event)); };
+
+    // The order in which the windows read them: the first four continue from one another.
+    const std::pair<const char*, QJsonValue> values[] = {
+        {"cName", fields.cName(call)},
+        {"Add1", fields.Add1()},
+        {"Add2", fields.Add2()},
+        {"ctry", fields.ctry()},
+        {"Latitude", fields.Latitude()},
+        {"Longitude", fields.Longitude()},
+        {"Class", fields.Class()},
+        {"PrevCall", fields.PrevCall()},
+        {"DateOfBirth", fields.DateOfBirth()},
+        {"Grid", fields.Grid()},
+        {"WebAddress", fields.WebAddress()},
+    };
+    if (p.json) {
+        // Written by hand to keep the reading order (QJsonObject sorts its keys).
+        QStringList members;
+        for (const auto& [key, value] : values) members.append(jsonText(QLatin1String(key)) + u':' + jsonText(value));
+        members.append(QStringLiteral("\"events\":") + jsonText(QJsonArray::fromStringList(events)));
+        out() << "{" << members.join(u',') << "}\n";
+    } else {
+        for (const auto& [key, value] : values)
+            out() << key << ": " << (value.isString() ? value.toString() : jsonText(value)) << "\n";
+        out() << "events: " << events.join(QStringLiteral(", ")) << "\n";
+    }
+    return 0;
+}
+
+int runCleanCall(const Parsed& p) {
+    if (p.positional.size() != 2) return usageError(QStringLiteral("clean-call needs one text"));
+    QString call = p.positional[1];
+    const QString cleaned = CleanCall(call);
+    if (cleaned.isEmpty()) return 1;
+    out() << cleaned << "\n";
+    return 0;
+}
+
 }  // namespace
 
 bool IsCliInvocation(const QStringList& args) {
-    static const QStringList kCommands{QStringLiteral("db"), QStringLiteral("distance"), QStringLiteral("--help"), QStringLiteral("-h"),
-                                       QStringLiteral("--version")};
+    static const QStringList kCommands{QStringLiteral("db"),         QStringLiteral("distance"), QStringLiteral("decode"),
+                                       QStringLiteral("parse"),      QStringLiteral("clean-call"), QStringLiteral("--help"),
+                                       QStringLiteral("-h"),         QStringLiteral("--version")};
     return args.size() > 1 && kCommands.contains(args[1]);
 }
 
@@ -198,6 +284,12 @@ int RunCli(const QStringList& args) {
         status = runDb(p, db);
     } else if (p.positional.value(0) == QLatin1String("distance")) {
         status = runDistance(p);
+    } else if (p.positional.value(0) == QLatin1String("decode")) {
+        status = runDecode(p);
+    } else if (p.positional.value(0) == QLatin1String("parse")) {
+        status = runParse(p);
+    } else if (p.positional.value(0) == QLatin1String("clean-call")) {
+        status = runCleanCall(p);
     } else {
         status = usageError(QStringLiteral("unknown command ") + p.positional.value(0));
     }

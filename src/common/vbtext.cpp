@@ -1,5 +1,7 @@
 #include "common/vbtext.h"
 
+#include "common/cp1252.h"
+
 #include <cmath>
 #include <limits>
 
@@ -32,6 +34,11 @@ QString mid(QStringView text, qsizetype start, qsizetype length) {
     const qsizetype from = start - 1;
     if (length < 0 || length > text.size() - from) length = text.size() - from;
     return text.mid(from, length).toString();
+}
+
+QString midStrict(QStringView text, qsizetype start, qsizetype length) {
+    if (start < 1 || length < 0) throw InvalidCall();
+    return mid(text, start, length);
 }
 
 QString left(QStringView text, qsizetype length) {
@@ -69,6 +76,11 @@ double val(QStringView text) {
     bool ok = false;
     const double value = text.mid(start, i - start).toString().toDouble(&ok);
     return ok && std::isfinite(value) ? value : 0.0;
+}
+
+bool isAlphaNumeric(QChar c) {
+    // A character the code page lacks becomes '?', which is no letter either.
+    return QChar(cp1252::toUnicode(cp1252::fromUnicode(c.unicode()))).isLetterOrNumber();
 }
 
 namespace {

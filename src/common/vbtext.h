@@ -5,6 +5,7 @@
 #include <QStringView>
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 
 namespace vb {
 
@@ -21,6 +22,12 @@ qsizetype inStrRev(QStringView hay, QStringView needle, qsizetype start = -1);
 
 // Characters from 1-based start; length < 0 means "to the end". A start past the end gives "".
 QString mid(QStringView text, qsizetype start, qsizetype length = -1);
+// As mid, but a start below 1 or a negative length is an invalid call (InvalidCall is thrown),
+// the way the classic Mid treats them; callers that must give a default catch it.
+struct InvalidCall : std::invalid_argument {
+    InvalidCall() : std::invalid_argument("invalid procedure call") {}
+};
+QString midStrict(QStringView text, qsizetype start, qsizetype length);
 QString left(QStringView text, qsizetype length);
 QString right(QStringView text, qsizetype length);
 
@@ -28,6 +35,10 @@ QString right(QStringView text, qsizetype length);
 // "." as the decimal point and an optional exponent; stops at the first character that cannot
 // continue the number. No number gives 0.
 double val(QStringView text);
+
+// Letter or digit as the alphanumeric test of the Windows-1252 code page judges the character's
+// byte: accented Latin letters count, characters the code page lacks do not.
+bool isAlphaNumeric(QChar c);
 
 // Whole-number conversions: round to nearest with halves to even; nullopt when the rounded value
 // does not fit (or is not a number).

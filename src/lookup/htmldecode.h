@@ -1,0 +1,30 @@
+#pragma once
+// HTML to plain text, rendered the way a browser's innerText renders the body of a page:
+// - block elements (div, h1, li, table, ...) start and end lines; a <p> is set off by a blank line;
+// - <br> breaks a line;
+// - each table row is one line, its cells separated by a tab;
+// - hidden elements (head, script, style, template, noscript, title, the hidden attribute,
+//   style="display:none") give nothing;
+// - runs of white space collapse to one blank and vanish at the start and end of a line, except
+//   inside <pre> (and <listing>, <xmp>, <plaintext>);
+// - entities are decoded by the HTML parser (gumbo).
+// Lines are joined with CR LF; the text neither starts nor ends with a line break of its own.
+#include <QByteArrayView>
+#include <QString>
+#include <QStringView>
+
+namespace lookup {
+
+QString HTMLDecode(QStringView html);
+
+// A downloaded page (its bytes and the value of its Content-Type header) as plain text: the
+// bytes are decoded as decodePageBytes describes, then rendered by HTMLDecode.
+QString pageToText(QByteArrayView bytes, QByteArrayView contentType = {});
+
+// Hostile pages can nest elements so deep that parsing slows to a crawl (the parser's work
+// per tag grows with the depth). Start tags that would nest deeper than this are dropped
+// before parsing, and so are their end tags; their text stays. Real pages stay far below
+// this depth; browsers flatten deeper trees too (at 512 levels).
+inline constexpr int kMaxNesting = 256;
+
+}  // namespace lookup
