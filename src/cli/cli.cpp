@@ -1,13 +1,18 @@
 #include "cli/cli.h"
 
 #include "common/vbtext.h"
+#include "app/settings.h"
 #include "db/calldatabase.h"
+#include "db/storestation.h"
+#include "lookup/uclookup.h"
 #include "geo/distanceazimuth.h"
 #include "lookup/callbookfields.h"
 #include "lookup/cleancall.h"
 #include "lookup/htmldecode.h"
 #include "platform/platform.h"
 
+#include <QCoreApplication>
+#include <QEventLoop>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -36,6 +41,10 @@ constexpr const char* kUsage =
     "                               the station fields of a call-book page (service 1 eHam,\n"
     "                               2 QRZ, 3 QRZCQ, 4 Callook, 5 HamCall) and the events raised\n"
     "  clean-call TEXT              the call sign TEXT cleaned for a lookup (exit 1: no call)\n"
+    "  lookup CALL [--service N] [--json]\n"
+    "                               the station from the call-sign file, else from the service\n"
+    "                               (default: the one chosen in the program), and keeps what it\n"
+    "                               found; exit 1 not found, 3 service not reached\n"
     "\n"
     "Options:\n"
     "  --data DIR                   data folder to use (default: the user's Norvane folder)\n"
@@ -259,11 +268,98 @@ int runCleanCall(const Parsed& p) {
     return 0;
 }
 
+// The station of a record or of a page, as printed.
+struct Shown {
+    QString source;
+    QStringList events;
+    QList<std::pair<const char*, QString>> fields;
+};
+
+void printStation(const Shown& shown, bool json) {
+    if (json) {
+        QJsonObject o;
+        o.insert(QStringLiteral("source"), shown.source);
+        o.insert(QStringLiteral("events"), QJsonArray::fromStringList(shown.events));
+        for (const auto& [key, value] : shown.fields) o.insert(QLatin1String(key), value);
+        out() << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
+        return;
+    }
+    out() << "source: " << shown.source << "\n";
+    for (const auto& [key, value] : shown.fields) out() << key << ": " << value << "\n";
+}
+
+int runLookup(const Parsed& p) {
+    if (p.positional.size() != 2) return usageError(QStringLiteral("lookup needs one call sign"));
+    QString call = p.positional[1];
+    if (CleanCall(call).isEmpty()) return usageError(QStringLiteral("no usable call sign: ") + p.positional[1]);
+    const QString data = p.options.value(QStringLiteral("--data"), platform::GetAppDataFolder() + QStringLiteral("/Norvane"));
+    CallDatabase db(data + u'/' + QLatin1String(CallDatabase::kFileName));
+
+    Shown shown;
+    if (db.FindCallRecord(call) > 0 && !vb::trim(db.CurrentRecord.Name()).isEmpty()) {
+        shown.source = QStringLiteral("database");
+        for (const FieldOption& f : kFieldOptions) shown.fields.append({f.jsonKey, vb::trim(db.CurrentRecord.field(f.field))});
+        printStation(shown, p.json);
+        return 0;
+    }
+
+    int service = settings::GetInt16Setting(settings::kServiceIndex, 1) + 1;
+    if (p.options.contains(QStringLiteral("--service"))) {
+        bool ok = false;
+        service = p.options.value(QStringLiteral("--service")).toInt(&ok);
+        if (!ok || !ServiceByNumber(service)) return usageError(QStringLiteral("--service takes 1 to 5"));
+    }
+    QByteArray buffer;
+    ucLookUp control(buffer, LookupHosts::FromSettings());
+    control.setDatabase(static_cast<int16_t>(service));
+    QEventLoop loop;
+    bool arrived = false;
+    QObject::connect(&control, &ucLookUp::GotPage, &loop, [&](const QString&, bool) {
+        arrived = true;
+        loop.quit();
+    });
+    QObject::connect(&control, &ucLookUp::PageNotFound, &loop, &QEventLoop::quit);
+    QObject::connect(&control, &ucLookUp::CallNotFound, &loop, [&] { shown.events << QStringLiteral("CallNotFound"); });
+    QObject::connect(&control, &ucLookUp::LoginRequired, &loop, [&] { shown.events << QStringLiteral("LoginRequired"); });
+    control.GetPage(call);
+    loop.exec();
+    const QString serviceName = QLatin1String(ServiceByNumber(service)->name);
+    if (!arrived) {
+        err() << "pxcallsigns: " << serviceName << " could not be reached\n";
+        return 3;
+    }
+    // Read in the order the fields continue from one another.
+    StationFields station;
+    station.call = call;
+    station.name = control.cName(call);
+    if (station.name.isEmpty()) {
+        err() << call << ": " << (shown.events.contains(QStringLiteral("LoginRequired")) ? "login required on " : "not found on ")
+              << serviceName << "\n";
+        return 1;
+    }
+    station.add1 = control.Add1();
+    station.add2 = control.Add2();
+    station.ctry = control.ctry();
+    station.lat = control.Latitude();
+    station.lon = control.Longitude();
+    station.licenceClass = vb::trim(control.Class().trimmed());
+    station.yearBorn = YearOf(control.DateOfBirth());
+    if (!StoreStation(db, station)) {
+        err() << "pxcallsigns: " << db.lastError() << "\n";
+        return 1;
+    }
+    shown.source = serviceName;
+    db.FindCallRecord(call);
+    for (const FieldOption& f : kFieldOptions) shown.fields.append({f.jsonKey, vb::trim(db.CurrentRecord.field(f.field))});
+    printStation(shown, p.json);
+    return 0;
+}
+
 }  // namespace
 
 bool IsCliInvocation(const QStringList& args) {
     static const QStringList kCommands{QStringLiteral("db"),         QStringLiteral("distance"), QStringLiteral("decode"),
-                                       QStringLiteral("parse"),      QStringLiteral("clean-call"), QStringLiteral("--help"),
+                                       QStringLiteral("parse"),      QStringLiteral("clean-call"), QStringLiteral("lookup"), QStringLiteral("--help"),
                                        QStringLiteral("-h"),         QStringLiteral("--version")};
     return args.size() > 1 && kCommands.contains(args[1]);
 }
@@ -288,6 +384,8 @@ int RunCli(const QStringList& args) {
         status = runDecode(p);
     } else if (p.positional.value(0) == QLatin1String("parse")) {
         status = runParse(p);
+    } else if (p.positional.value(0) == QLatin1String("lookup")) {
+        status = runLookup(p);
     } else if (p.positional.value(0) == QLatin1String("clean-call")) {
         status = runCleanCall(p);
     } else {
