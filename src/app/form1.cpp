@@ -1,15 +1,31 @@
 #include "app/form1.h"
 
 #include "app/appcfg.h"
+#include "app/callflow.h"
+#include "app/datafolder.h"
+#include "app/form13.h"
 #include "app/settings.h"
 #include "app/startup.h"
 #include "common/vbtext.h"
 #include "db/calldatabase.h"
+#include "db/storestation.h"
+#include "geo/distanceazimuth.h"
+#include "lookup/cleancall.h"
+#include "lookup/uclookup.h"
 #include "platform/platform.h"
+#include "ui/beep.h"
+#include "ui/popupmenu.h"
 #include "ui/unimsgbox.h"
 #include "ui/windowhelpers.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QImage>
+#include <QSaveFile>
+#include <QKeyEvent>
+#include <QUrl>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFile>
@@ -80,14 +96,36 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     cboDB->setObjectName(QStringLiteral("cboDB"));
     tmrMenus = new QTimer(this);
     tmrMenus->setObjectName(QStringLiteral("tmrMenus"));
+    tmrMenus->setInterval(200);
+    connect(tmrMenus, &QTimer::timeout, this, &Form1::tmrMenus_Timer);
+    pic1 = new QWidget(this);
+    pic1->setObjectName(QStringLiteral("pic1"));
+    pic1->lower();
+    Image1->setScaledContents(true);
+    Image1->setCursor(Qt::PointingHandCursor);
+    for (QLabel* clickable : {Image1, lblMaps, lblSetup}) clickable->installEventFilter(this);
+
+    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
+    connect(lookUp, &ucLookUp::LoginChecked, this, &Form1::onLoginChecked);
+    connect(lookUp, &ucLookUp::GotPage, this, &Form1::onGotPage);
+    connect(lookUp, &ucLookUp::PageNotFound, this, &Form1::onPageNotFound);
+    connect(lookUp, &ucLookUp::CallNotFound, this, &Form1::onCallNotFound);
+    connect(lookUp, &ucLookUp::PictureReady, this, &Form1::onPictureReady);
+    connect(lookUp, &ucLookUp::LoginRequired, this, &Form1::onLoginRequired);
+    // No text for these two, but the busy pointer must not outlive the request.
+    connect(lookUp, &ucLookUp::SiteNotFound, this, [this] { setBusy(false); });
+    connect(lookUp, &ucLookUp::NoPic, this, [this] { setBusy(false); });
+    helpFile = DefaultDataFolder(QCoreApplication::applicationDirPath()) + QStringLiteral("/Help.txt");
 
     QFont callFont = lblCall->font();
     callFont.setBold(true);
     lblCall->setFont(callFont);
 
     connect(txtCall, &QLineEdit::returnPressed, this, [this] { LookUpCall(txtCall->text()); });
-    connect(cmdUpdate, &QPushButton::clicked, this, [this] { LookUpCall(g_.CurrentCall); });
+    connect(cmdUpdate, &QPushButton::clicked, this, &Form1::cmdUpdate_Click);
 }
+
+Form1::~Form1() { setBusy(false); }
 
 bool Form1::Form_Load() {
     // 1. Always on top.
@@ -193,12 +231,14 @@ bool Form1::Form_Load() {
 void Form1::layOutControls() {
     const int w = width();
     lblCall->setGeometry(10, 6, w - 90, 22);
-    lblName->setGeometry(10, 30, w - 20, 18);
-    lblAdd1->setGeometry(10, 48, w - 20, 18);
+    // The first lines leave room for the station picture in the top right corner.
+    lblName->setGeometry(10, 30, w - 85, 18);
+    lblAdd1->setGeometry(10, 48, w - 85, 18);
     lblAdd2->setGeometry(10, 66, w - 20, 18);
     lblCtry->setGeometry(10, 84, w - 20, 18);
     lblDxAz->setGeometry(10, 102, w - 20, 18);
     lblStatus->setGeometry(10, 122, w - 20, 18);
+    pic1->setGeometry(rect());
     const int row = height() - 32;
     txtCall->setGeometry(10, row, 80, 24);
     txtCall->setPlaceholderText(QStringLiteral("Call"));
@@ -209,11 +249,92 @@ void Form1::layOutControls() {
     lblMaps->setText(QStringLiteral("\u25A6"));   // a map grid sign
     lblSetup->setText(QStringLiteral("\u2699"));  // a gear
     lblMaps->setToolTip(QStringLiteral("Maps"));
+    // Every item of the maps menu opens a window still to come: no menu until one exists.
+    lblMaps->hide();
     lblSetup->setToolTip(QStringLiteral("Setup"));
 }
 
 QString Form1::updateCaption() const {
     return QString(g_.Texts.UpdateButton).replace(QStringLiteral("***"), u' ' + cboDB->currentText());
+}
+
+void Form1::setBusy(bool busy) {
+    if (busy == busy_) return;
+    busy_ = busy;
+    if (busy) QApplication::setOverrideCursor(Qt::WaitCursor);
+    else QApplication::restoreOverrideCursor();
+}
+
+void Form1::failureBeep() { sound::Beep(700, 100); }
+
+void Form1::clearStation() {
+    Image1->clear();
+    Image1->hide();
+    for (QLabel* label : {lblCall, lblName, lblAdd1, lblAdd2, lblCtry, lblDxAz}) label->clear();
+}
+
+void Form1::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_F8) {
+        TakeCallFromClipboard();
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void Form1::TakeCallFromClipboard() {
+    clearStation();
+    LookUpCall(CallFromClipboardText(QGuiApplication::clipboard()->text()));
+}
+
+void Form1::LookUpCall(const QString& typed) {
+    cmdUpdate->setEnabled(false);
+    cmdUpdate->setText(updateCaption());
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    QString call = typed;
+    CleanCall(call);
+    if (call.isEmpty()) {
+        // Nothing to look up: the shown station stays, and so does the way to update it.
+        cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
+        return;
+    }
+    setBusy(true);
+    CallDatabase db(g_.callFilePath());
+    if (db.FindCallRecord(call) > 0 && !vb::trim(db.CurrentRecord.Name()).isEmpty()) {
+        ShowDbRecord(db.CurrentRecord);
+        cmdUpdate->setEnabled(true);
+        return;
+    }
+    lblCall->setText(QString(g_.Texts.LookingUp).replace(QStringLiteral("???"), call));
+    lblName->setText(QString(g_.Texts.Searching).replace(QStringLiteral("***"), g_.ServiceName) + QStringLiteral(". . ."));
+    lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
+    lookUp->GetPage(call);
+}
+
+void Form1::ShowDbRecord(const CallRecord& record) {
+    g_.CurrentCall = vb::trim(record.Call());
+    lblCall->setText(g_.CurrentCall + QStringLiteral("  (") + g_.Texts.SourceDatabase + u')');
+    lblName->setText(vb::trim(record.Name()) + NicknameSuffix(lstNicknames, g_.CurrentCall));
+    lblAdd1->setText(record.Add1());
+    lblAdd2->setText(record.Add2());
+    lblCtry->setText(record.Ctry());
+    g_.OtherLat = vb::val(record.Lat());
+    g_.OtherLon = vb::val(record.Lon());
+    double distance = 0, azimuth = 0;
+    DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
+    lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
+    showPictureFromCache();
+    setBusy(false);
+}
+
+void Form1::cmdUpdate_Click() {
+    Image1->clear();
+    Image1->hide();
+    lblCall->setText(QString(g_.Texts.Contacting).replace(QStringLiteral("***"), g_.ServiceName) + QStringLiteral(". . ."));
+    for (QLabel* label : {lblName, lblAdd1, lblAdd2, lblCtry, lblDxAz}) label->clear();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    setBusy(true);
+    lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
+    lookUp->GetPage(g_.CurrentCall);
 }
 
 void Form1::cboDB_Click(int index) {
@@ -224,50 +345,174 @@ void Form1::cboDB_Click(int index) {
     settings::SaveSetting(settings::kServiceIndex, QString::number(index));
     g_.ServiceName = cboDB->currentText();
     g_.ServiceNo = static_cast<int16_t>(index + 1);
+    lookUp->setDatabase(static_cast<int16_t>(index + 1));
+    // The first click is the one loading causes: it asks about the login. Later ones look the
+    // shown station up again on the new service.
+    if (startupFlag_) {
+        setBusy(true);
+        lookUp->IsLoggedIn(g_.MyCall);
+    } else if (!g_.CurrentCall.isEmpty()) {
+        setBusy(true);
+        lookUp->GetPage(g_.CurrentCall);
+    }
     startupFlag_ = false;
 }
 
-void Form1::clearStation() {
-    Image1->clear();
-    Image1->hide();
-    for (QLabel* label : {lblCall, lblName, lblAdd1, lblAdd2, lblCtry, lblDxAz}) label->clear();
+void Form1::onLoginChecked(const QString&, bool loggedIn) {
+    QString text;
+    if (g_.ServiceNo == 3) text = g_.Texts.LoginNotNeededQrzcq;
+    else if (g_.ServiceNo == 4) text = g_.Texts.LoginNotNeededCallook;
+    else text = loggedIn ? g_.Texts.LoggedIn : g_.Texts.NotLoggedIn;
+    lblStatus->setText(text.replace(QStringLiteral("***"), g_.ServiceName));
+    setBusy(false);
 }
 
-void Form1::LookUpCall(const QString& typed) {
-    cmdUpdate->setEnabled(false);
-    cmdUpdate->setText(updateCaption());
-    QCoreApplication::processEvents();
-    const QString call = vb::trim(typed).toUpper();
-    if (call.isEmpty()) {
-        cmdUpdate->setEnabled(true);
+void Form1::onGotPage(const QString& call, bool loggedIn) {
+    if (loggedIn) {
+        lblStatus->setText(g_.Texts.LookupOk);
+    } else {
+        lblStatus->setText(g_.ServiceNo == 3 ? g_.Texts.LookupFailedQrzcq : g_.Texts.LookupFailed);
+        if (g_.ServiceNo != 3 && g_.ServiceNo != 4) {
+            clearStation();
+            failureBeep();
+            setBusy(false);
+        }
+        if (g_.ServiceNo == 4) lblStatus->setText(g_.Texts.CallookStatus);
+    }
+    if (call.isEmpty()) return;
+    lblCall->setText(call + QStringLiteral("  (") + g_.Texts.SourceWeb + g_.ServiceName + u')');
+    // The name first: it decides whether the page holds a station at all (and raises the events
+    // that say why not), and the address fields continue from where it stopped.
+    const QString name = lookUp->cName(call);
+    if (name.isEmpty()) {
+        // Nothing is kept from a page without a station.
+        cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
+        setBusy(false);
         return;
     }
-    clearStation();
+    g_.CurrentCall = call;
+    lblName->setText(name + NicknameSuffix(lstNicknames, call));
+    lblAdd1->setText(lookUp->Add1());
+    lblAdd2->setText(lookUp->Add2());
+    lblCtry->setText(lookUp->ctry());
+    g_.OtherLat = lookUp->Latitude();
+    g_.OtherLon = lookUp->Longitude();
+    lblDxAz->clear();
+    if (g_.OtherLat != 0 && g_.OtherLon != 0) {
+        double distance = 0, azimuth = 0;
+        DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
+        lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
+    }
+    StationFields station{call, name, lblAdd1->text(), lblAdd2->text(), lblCtry->text(), g_.OtherLat, g_.OtherLon,
+                          vb::trim(lookUp->Class().trimmed()), YearOf(lookUp->DateOfBirth())};
     CallDatabase db(g_.callFilePath());
-    if (db.FindCallRecord(call) > 0 && !vb::trim(db.CurrentRecord.Name()).isEmpty()) {
-        g_.CurrentCall = vb::trim(db.CurrentRecord.Call());
-        lblCall->setText(g_.CurrentCall + QStringLiteral("  (") + g_.Texts.SourceDatabase + u')');
-        lblName->setText(vb::trim(db.CurrentRecord.Name()) + nicknameSuffix(g_.CurrentCall));
-        lblAdd1->setText(db.CurrentRecord.Add1());
-        lblAdd2->setText(db.CurrentRecord.Add2());
-        lblCtry->setText(db.CurrentRecord.Ctry());
-        g_.OtherLat = vb::val(db.CurrentRecord.Lat());
-        g_.OtherLon = vb::val(db.CurrentRecord.Lon());
-        cmdUpdate->setEnabled(true);
-        return;
-    }
-    lblCall->setText(g_.Texts.NotFound + call);
-    cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
+    if (!StoreStation(db, station))
+        ShowUniMsgBox(this, db.lastError(), 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+    cmdUpdate->setEnabled(true);
+    lookUp->GetPicture(call);
 }
 
-QString Form1::nicknameSuffix(const QString& call) const {
-    // The first entry that begins with the call, compared without regard to case, counts.
-    for (const QString& entry : lstNicknames) {
-        if (!entry.startsWith(call, Qt::CaseInsensitive)) continue;
-        const QStringList parts = entry.split(u'*');
-        return parts.size() == 2 ? QStringLiteral("  (") + parts[1] + u')' : QString();
+void Form1::onPageNotFound(const QString& id) {
+    lblCall->setText(g_.Texts.NotFound + id);
+    lblName->clear();
+    cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
+    setBusy(false);
+    failureBeep();
+}
+
+void Form1::onCallNotFound(const QString& ca) {
+    lblCall->setText(g_.Texts.NotFound + u' ' + ca);
+    lblName->clear();
+    setBusy(false);
+    failureBeep();
+}
+
+void Form1::onLoginRequired(const QString&) {
+    lblName->clear();
+    lblCall->setText(g_.Texts.LoginRequired);
+    setBusy(false);
+    failureBeep();
+}
+
+void Form1::onPictureReady(const QString& id) {
+    // A page whose completion came after a picture request arrives here as well (the control
+    // goes by the latest request's kind): only a picture may replace a cached picture.
+    if (QImage::fromData(g_.DownloadBuffer).isNull()) return;
+    const QString file = PictureCachePath(g_.DataPath, id);
+    QSaveFile out(file);
+    if (out.open(QIODevice::WriteOnly)) {
+        out.write(g_.DownloadBuffer);
+        out.commit();
     }
-    return {};
+    // Only the station on show gets its picture shown.
+    if (QFileInfo(file).isFile() && id == g_.CurrentCall) showPicture(file, 20);
+    setBusy(false);
+}
+
+void Form1::showPictureFromCache() {
+    const QString file = PictureCachePath(g_.DataPath, g_.CurrentCall);
+    const QFileInfo info(file);
+    if (!info.isFile()) return;  // no picture yet: the web lookup asks for one
+    if (info.size() >= kPictureStubBytes) {
+        showPicture(file, 10);
+        return;
+    }
+    // The service's placeholder: fetch the real picture again.
+    g_.CurrentCall = vb::trim(lblCall->text()).section(u' ', 0, 0);
+    if (!lookUp->PictureUrl(g_.CurrentCall).isEmpty()) lookUp->GetPicture(g_.CurrentCall);
+}
+
+void Form1::showPicture(const QString& file, int margin) {
+    const QPixmap picture(file);
+    if (picture.isNull()) return;
+    const int innerWidth = margin == 10 ? width() : pic1->contentsRect().width();
+    Image1->setPixmap(picture);
+    Image1->setGeometry(PicturePlacement(picture.size(), innerWidth, margin));
+    Image1->show();
+    Image1->raise();
+}
+
+void Form1::enlargePicture() {
+    const QPixmap picture(PictureCachePath(g_.DataPath, g_.CurrentCall));
+    if (picture.isNull()) return;
+    auto* form13 = new Form13(picture, this);
+    form13->move(QCursor::pos() - QPoint(picture.width() / 2, picture.height() / 2));
+    form13->show();
+    QCursor::setPos(form13->geometry().center());
+}
+
+bool Form1::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::MouseButtonPress) return QWidget::eventFilter(watched, event);
+    const auto* mouse = static_cast<QMouseEvent*>(event);
+    if (watched == Image1 && mouse->button() == Qt::LeftButton) {
+        enlargePicture();
+        return true;
+    }
+    if (watched == lblSetup) {
+        // The setup and editor windows join this menu when they exist; the help text is here.
+        showMenu(lblSetup, {{2, SetupMenuCaptions[2]}}, &Form1::MnuSetupClick);
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void Form1::showMenu(QLabel* at, const QList<MenuItem>& items, void (Form1::*handler)(int)) {
+    if (menu_) menu_->close();
+    menu_ = MakeMenu(items, at->mapToGlobal(QPoint(0, 0)), [this, handler](int item) { (this->*handler)(item); }, this);
+    connect(menu_, &QObject::destroyed, this, [this] { menu_ = nullptr; });
+    tmrMenus->start();
+}
+
+void Form1::tmrMenus_Timer() {
+    if (menu_ && IsCursorOver(menu_)) return;
+    tmrMenus->stop();
+    if (menu_) menu_->close();
+}
+
+void Form1::MnuSetupClick(int item) {
+    tmrMenus->stop();
+    if (menu_) menu_->close();
+    if (item == 2) QDesktopServices::openUrl(QUrl::fromLocalFile(helpFile));
 }
 
 void Form1::createTrayIcon() {

@@ -1,18 +1,21 @@
 #pragma once
 // The main window: a small always-on-top strip that shows one station at a time.
 #include "app/modulevalues.h"
+#include "db/callrecord.h"
 
 #include <QStringList>
 #include <QWidget>
 #include <array>
 #include <functional>
 
+class PopupMenu;
 class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSystemTrayIcon;
 class QTimer;
+class ucLookUp;
 
 class Form1 : public QWidget {
     Q_OBJECT
@@ -23,6 +26,7 @@ public:
     static constexpr std::array<const char*, 5> kServices{"eHam", "QRZ", "QRZCQ", "CALLOOK", "HamCall"};
 
     explicit Form1(ModuleValues& values, QWidget* parent = nullptr);
+    ~Form1() override;
 
     // Loads the window as described in its steps; false when the program has to end (the
     // message has been shown).
@@ -34,9 +38,19 @@ public:
     // How failures reach the user; tests replace it to read the texts.
     std::function<void(const QString& text, const QString& title)> showFailure;
 
-    // Looks a call sign up in the call-sign file and shows it.
+    // The call flow: a call from the clipboard (F8) or typed, looked up in the call-sign file and
+    // else on the chosen service; the result shown with distance, azimuth and picture.
+    void TakeCallFromClipboard();
     void LookUpCall(const QString& call);
-    void ShowDbRecord();
+    void ShowDbRecord(const CallRecord& record);
+    void cmdUpdate_Click();
+    void cboDB_Click(int index);
+
+    // Pop-up menus of the maps and setup labels; tmrMenus closes them once the mouse has left.
+    void MnuSetupClick(int item);
+    PopupMenu* openMenu() const { return menu_; }
+    // Where the help text is (it ships with the program).
+    QString helpFile;
 
     // Hidden lists filled at start-up.
     QStringList lstMap;
@@ -55,24 +69,43 @@ public:
     QLabel* lblMaps;
     QLabel* lblSetup;
     QLabel* Image1;
+    QWidget* pic1;
     QLineEdit* txtCall;
     QPushButton* cmdUpdate;
     QComboBox* cboDB;
     QTimer* tmrMenus;
+    ucLookUp* lookUp;
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void cboDB_Click(int index);
+    // Handlers of the lookup control's events.
+    void onLoginChecked(const QString& id, bool loggedIn);
+    void onGotPage(const QString& call, bool loggedIn);
+    void onPageNotFound(const QString& id);
+    void onCallNotFound(const QString& ca);
+    void onPictureReady(const QString& id);
+    void onLoginRequired(const QString& ca);
+
+    void showPictureFromCache();
+    void showPicture(const QString& file, int margin);
+    void enlargePicture();
+    void showMenu(QLabel* at, const QList<struct MenuItem>& items, void (Form1::*handler)(int));
+    void tmrMenus_Timer();
+    void failureBeep();
+    void setBusy(bool busy);
     void createTrayIcon();
     void layOutControls();
     void clearStation();
     QString updateCaption() const;
-    QString nicknameSuffix(const QString& call) const;
 
     ModuleValues& g_;
     bool startupFlag_ = true;  // the first service-box click is the one loading causes
     bool unloading_ = false;
     QSystemTrayIcon* tray_ = nullptr;
+    PopupMenu* menu_ = nullptr;
+    bool busy_ = false;
 };

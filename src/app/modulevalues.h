@@ -2,6 +2,7 @@
 // The values the main window sets while it loads and every other window reads.
 #include "ui/language.h"
 
+#include <QByteArray>
 #include <QString>
 #include <cstdint>
 
@@ -24,6 +25,7 @@ struct ModuleValues {
     QString MenuFontName;
     float MenuFontSize = 0;
     LanguageTexts Texts;       // the user-interface texts of the current language
+    QByteArray DownloadBuffer; // the bytes of the last completed download
 
     QString callFilePath() const { return DataPath + QStringLiteral("/Norvane-DB.db"); }
 };

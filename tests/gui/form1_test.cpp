@@ -3,8 +3,16 @@
 #include "app/form1.h"
 #include "app/settings.h"
 #include "db/calldatabase.h"
+#include "lookup/uclookup.h"
+#include "ui/beep.h"
+#include "ui/popupmenu.h"
+#include "lookup/callbookserver.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QSignalSpy>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -14,6 +22,7 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 namespace {
 
@@ -39,6 +48,23 @@ class Form1Test : public QObject {
     QString data;     // the Norvane folder
     QString pictaro;  // Pictaro's install folder, with separator
     QStringList failures;
+    std::unique_ptr<CallbookServer> server;
+    QList<int> beeps;  // the frequencies of the tones, in order
+
+    void useServer() {
+        const char* services[] = {"eHam", "QRZ", "QRZCQ", "Callook", "HamCall"};
+        const char* prefixes[] = {"/eham", "/qrz", "/qrzcq", "/callook", "/hamcall"};
+        for (int i = 0; i < 5; ++i) settings::SaveSetting({"Hosts", services[i]}, server->url(prefixes[i]));
+        settings::SaveSetting({"Hosts", "Pictures"}, server->url("/pictures"));
+        settings::SaveSetting({"Hosts", "TimeoutMs"}, "2000");
+    }
+    void serverLogin(const char* services) {
+        QNetworkAccessManager nam;
+        QNetworkReply* r = nam.get(QNetworkRequest(QUrl(server->url("/_control/login?services=") + services)));
+        QSignalSpy done(r, &QNetworkReply::finished);
+        QVERIFY(done.wait(5000));
+        delete r;
+    }
 
     void prepare() {
         QDir(root).removeRecursively();
@@ -59,7 +85,13 @@ class Form1Test : public QObject {
         writeFile(pictaro + "app.cfg", appCfg("PA3XYZ", "5"));
         QFile::remove(qEnvironmentVariable("XDG_CONFIG_HOME") + "/PX Callsigns.conf");
         settings::SaveSetting(settings::kPictaroInstall, pictaro);
+        useServer();
+        serverLogin("eham,qrz,hamcall");
         failures.clear();
+        beeps.clear();
+        sound::SetListener([this](int kind, int hz, int) {
+            if (kind == 1) beeps << hz;
+        });
     }
 
     std::unique_ptr<Form1> load(ModuleValues& g, bool* ok) {
@@ -70,7 +102,12 @@ class Form1Test : public QObject {
     }
 
 private slots:
-    void initTestCase() { root = QDir(qEnvironmentVariable("XDG_DATA_HOME") + "/..").absolutePath(); }
+    void initTestCase() {
+        root = QDir(qEnvironmentVariable("XDG_DATA_HOME") + "/..").absolutePath();
+        server = std::make_unique<CallbookServer>();
+        QVERIFY(server->port() > 0);
+    }
+    void cleanupTestCase() { server.reset(); }
     void init() { prepare(); }
 
     void loadsEverything() {
@@ -180,11 +217,168 @@ private slots:
         QTest::keyClick(form->txtCall, Qt::Key_Return);
         QCOMPARE(form->lblName->text(), QString("Taro Rei"));  // three parts: no nickname
 
-        form->txtCall->setText("<b>K9ZZZ</b>");
-        QTest::keyClick(form->txtCall, Qt::Key_Return);
-        QCOMPARE(form->lblCall->text(), g.Texts.NotFound + "<B>K9ZZZ</B>");
         QCOMPARE(form->lblCall->textFormat(), Qt::PlainText);
-        QCOMPARE(form->lblName->text(), QString());
+    }
+
+    // Waits until the busy pointer is gone (a failed download stays listed in PendingDownloads).
+    static bool settle(Form1&) {
+        return QTest::qWaitFor([] { return !QApplication::overrideCursor(); }, 10000);
+    }
+
+    void f8OnAKnownCallAsksNoService() {
+        ModuleValues g;
+        bool ok = false;
+        auto form = load(g, &ok);
+        QVERIFY(ok);
+        form->show();
+        QVERIFY(settle(*form));  // the login check of the start
+        const QString kind = form->lookUp->RequestKind;
+        QGuiApplication::clipboard()->setText("de g4abc rest");
+        QTest::keyClick(form.get(), Qt::Key_F8);
+        QCOMPARE(form->lblCall->text(), "G4ABC  (" + g.Texts.SourceDatabase + ")");
+        QCOMPARE(form->lblName->text(), QString("Alice Example  (Ally)"));
+        // From PA3XYZ (52.0907, 5.1214) to G4ABC (51.5072, -0.1276) in miles.
+        QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("228 mi 261\u00b0 "));
+        QCOMPARE(form->lookUp->RequestKind, kind);
+        QCOMPARE(form->lookUp->PendingDownloads, QString(QChar(0)));
+        QVERIFY(!QApplication::overrideCursor());
+        QCOMPARE(beeps, QList<int>());
+    }
+
+    void f8OnANewCallFetchesStoresAndShowsThePicture() {
+        ModuleValues g;
+        bool ok = false;
+        auto form = load(g, &ok);
+        QVERIFY(ok);
+        form->show();
+        QVERIFY(settle(*form));
+        QCOMPARE(form->lblStatus->text(), QString(g.Texts.LoggedIn).replace("***", "QRZ"));
+        QGuiApplication::clipboard()->setText("dl1abc/p");
+        QTest::keyClick(form.get(), Qt::Key_F8);
+        QCOMPARE(form->lblCall->text(), QString(g.Texts.LookingUp).replace("???", "DL1ABC"));
+        QCOMPARE(form->lblName->text(), QString(g.Texts.Searching).replace("***", "QRZ") + ". . .");
+        QVERIFY(QApplication::overrideCursor());
+        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), "DL1ABC  (" + g.Texts.SourceWeb + "QRZ)", 10000);
+        QCOMPARE(form->lblName->text(), QString::fromUtf8("Hans M\u00fcller"));
+        QCOMPARE(form->lblAdd1->text(), QString::fromUtf8("Musterstra\u00dfe 12"));
+        QCOMPARE(form->lblCtry->text(), QString("Germany"));
+        QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("351 mi 81\u00b0 "));
+        QCOMPARE(form->lblStatus->text(), g.Texts.LookupOk);
+        QTRY_COMPARE_WITH_TIMEOUT(form->lookUp->PendingDownloads, QString(QChar(0)), 10000);  // page and picture
+        QVERIFY(settle(*form));
+        // Kept in the call-sign file, exactly.
+        CallDatabase db(g.callFilePath());
+        QVERIFY(db.FindCallRecord("DL1ABC") > 0);
+        const QByteArray rec(db.CurrentRecord.bytes().data(), 167);
+        QCOMPARE(rec, QByteArray("DL1ABCHans M\xfcller              Musterstra\xdf" "e 12               "
+                                 "10115 Berlin                  Germany                       "
+                                 "52.52          13.405         A           1961"));
+        // The picture: cached byte for byte and shown at the right of the frame.
+        QFile fixture(PX_SOURCE_DIR "/tests/fixtures/pictures/dl1abc.jpg");
+        QVERIFY(fixture.open(QIODevice::ReadOnly));
+        const QByteArray picture = fixture.readAll();
+        QTRY_VERIFY_WITH_TIMEOUT(form->Image1->isVisible(), 10000);
+        QFile cached(data + "/images/qrzImages/DL1ABC.jpg");
+        QVERIFY(cached.open(QIODevice::ReadOnly));
+        QCOMPARE(cached.readAll(), picture);
+        QCOMPARE(form->Image1->geometry(), QRect(350 - 52 - 20, 6, 52, 39));
+        QCOMPARE(beeps, QList<int>());
+
+        // From the file next time: the cached picture, 10 pixels from the right.
+        form->txtCall->setText("DL1ABC");
+        QTest::keyClick(form->txtCall, Qt::Key_Return);
+        QCOMPARE(form->lblCall->text(), "DL1ABC  (" + g.Texts.SourceDatabase + ")");
+        QCOMPARE(form->Image1->geometry(), QRect(350 - 52 - 10, 6, 52, 39));
+
+        // Another service looks the shown call up again.
+        form->cboDB->setCurrentIndex(4);
+        emit form->cboDB->activated(4);
+        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), "DL1ABC  (" + g.Texts.SourceWeb + "HamCall)", 10000);
+        QCOMPARE(settings::GetSetting(settings::kServiceIndex, ""), QString("4"));
+        QVERIFY(settle(*form));
+    }
+
+    void stubPicturesAreFetchedAgain() {
+        ModuleValues g;
+        bool ok = false;
+        auto form = load(g, &ok);
+        QVERIFY(ok);
+        form->show();
+        QVERIFY(settle(*form));
+        const QString cache = data + "/images/qrzImages/G4ABC.jpg";
+        // 2000 bytes: the service's placeholder, fetched again and replaced by the picture.
+        writeFile(cache, QByteArray(2000, 'x'));
+        form->txtCall->setText("G4ABC");
+        QTest::keyClick(form->txtCall, Qt::Key_Return);
+        QCOMPARE(form->lookUp->RequestKind, QString("GetPicture"));
+        QTRY_VERIFY_WITH_TIMEOUT(form->Image1->isVisible(), 10000);
+        QCOMPARE(QFileInfo(cache).size(), QFileInfo(PX_SOURCE_DIR "/tests/fixtures/pictures/g4abc.jpg").size());
+        QCOMPARE(form->Image1->geometry(), QRect(350 - 57 - 20, 7, 57, 38));
+        // 2001 bytes count as a picture: no request.
+        writeFile(cache, QByteArray(2001, 'x'));
+        form->lookUp->RequestKind.clear();
+        QTest::keyClick(form->txtCall, Qt::Key_Return);
+        QCOMPARE(form->lookUp->RequestKind, QString());
+        QVERIFY(settle(*form));
+    }
+
+    void setupMenuClosesWhenTheMouseLeaves() {
+        if (QGuiApplication::platformName() != "xcb") QSKIP("needs an X server for the pointer");
+        ModuleValues g;
+        bool ok = false;
+        auto form = load(g, &ok);
+        QVERIFY(ok);
+        form->move(100, 100);
+        form->show();
+        QVERIFY(QTest::qWaitForWindowExposed(form.get()));
+        QVERIFY(settle(*form));
+        QVERIFY(form->lblMaps->isHidden());  // none of its windows exists yet
+        QCursor::setPos(form->lblSetup->mapToGlobal(QPoint(3, 3)));
+        QTest::mouseClick(form->lblSetup, Qt::LeftButton, {}, QPoint(3, 3));
+        QVERIFY(form->openMenu());
+        QCOMPARE(form->openMenu()->items().size(), 1);
+        QCOMPARE(form->openMenu()->items()[0].caption, g.Texts.MenuHelp);
+        QTest::qWait(400);
+        QVERIFY(form->openMenu());  // the mouse is still over it
+        QCursor::setPos(10, 700);
+        QTRY_VERIFY_WITH_TIMEOUT(!form->openMenu(), 2000);
+        QVERIFY(!form->tmrMenus->isActive());
+    }
+
+    void lookupFailures_data() {
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<QString>("loggedIn");
+        QTest::addColumn<QString>("expected");  // %N not-found text, %L login text
+        QTest::newRow("not found") << "XX9XYZ" << "eham,qrz,hamcall" << "%N XX9XYZ";
+        QTest::newRow("login required") << "DL1ABC" << "" << "%L";
+        QTest::newRow("service error") << "ZZ500" << "qrz" << "%NZZ500";
+        QTest::newRow("service hangs") << "ZZ1HNG" << "qrz" << "%NZZ1HNG";
+    }
+
+    void lookupFailures() {
+        QFETCH(QString, call);
+        QFETCH(QString, loggedIn);
+        QFETCH(QString, expected);
+        ModuleValues g;
+        bool ok = false;
+        auto form = load(g, &ok);
+        QVERIFY(ok);
+        form->show();
+        QVERIFY(settle(*form));
+        serverLogin(loggedIn.toLatin1().constData());
+        QFile file(g.callFilePath());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray bytesBefore = file.readAll();
+        file.close();
+        form->txtCall->setText(call);
+        QTest::keyClick(form->txtCall, Qt::Key_Return);
+        expected.replace("%N", g.Texts.NotFound).replace("%L", g.Texts.LoginRequired);
+        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), expected, 10000);
+        QVERIFY(settle(*form));
+        QCOMPARE(beeps.value(beeps.size() - 1), 700);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), bytesBefore);  // nothing kept from a failed lookup
+        QVERIFY(!form->Image1->isVisible());
     }
 
     void titleBarCloseHidesAndUnloadEnds() {

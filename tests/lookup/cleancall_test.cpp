@@ -27,6 +27,7 @@ TEST(CleanCall, CleansOrRejects) {
         {"3DA0/ZS1ABC", "3DA0", "3DA0"},       // a separator at position 5 ends the call
         {"G 4ABC", "4ABC", "4ABC"},
         {"DL1 ABC", "", "ABC"},                // prefix rule leaves no digit
+        {"DLABC/1", "DLABC", "DLABC"},         // the digit counts before the suffix is cut
         {"ABCDEF", "", "ABCDEF"},
         {"EA8/", "", ""},
         {"DL1ABCD", "", "DL1ABCD"},            // 7 characters
