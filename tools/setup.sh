@@ -34,7 +34,8 @@ if [ "$mode" = test ]; then
 fi
 
 # The demo: data and settings under the build folder, a stand-in Pictaro install folder whose
-# app.cfg names the own call (line 1) and the language (line 59: 0 = English).
+# app.cfg names the own call (line 1) and the language (line 59: 0 = English), and the local
+# call-book stand-in on 127.0.0.1 in place of the five services.
 demo="$build/demo"
 export XDG_DATA_HOME="$demo/data" XDG_CONFIG_HOME="$demo/config"
 mkdir -p "$demo/Pictaro" "$XDG_DATA_HOME" "$XDG_CONFIG_HOME"
@@ -42,7 +43,45 @@ if [ ! -f "$demo/Pictaro/app.cfg" ]; then
   { echo "PA3XYZ"; for i in $(seq 2 58); do echo "0"; done; echo "0"; echo "0"; } | sed 's/$/\r/' > "$demo/Pictaro/app.cfg"
   echo "stand-in for the Pictaro program file" > "$demo/Pictaro/Pictaro.exe"
 fi
-conf="$XDG_CONFIG_HOME/PX Callsigns.conf"
-[ -f "$conf" ] || printf '[Pictaro]\nInstall=%s/\n' "$demo/Pictaro" > "$conf"
-echo "Demo: type a call sign such as G4ABC, W1XYZ or JA1XYZ into the box and press Enter."
-exec "$build/pxcallsigns"
+python3 "$top/tools/callbook_server.py" --lifetime 43200 > "$demo/server.port" &
+server=$!
+trap 'kill $server 2>/dev/null' EXIT
+for _ in $(seq 50); do [ -s "$demo/server.port" ] && break; sleep 0.1; done
+url="http://127.0.0.1:$(head -n 1 "$demo/server.port")"
+cat > "$XDG_CONFIG_HOME/PX Callsigns.conf.new" <<CONF
+[Pictaro]
+Install=$demo/Pictaro/
+
+[Hosts]
+eHam=$url/eham
+QRZ=$url/qrz
+QRZCQ=$url/qrzcq
+Callook=$url/callook
+HamCall=$url/hamcall
+Pictures=$url/pictures
+Updates=$url/updates
+CONF
+# Keep the user's other demo settings (unit, service, position); the hosts follow the new port.
+if [ -f "$XDG_CONFIG_HOME/PX Callsigns.conf" ]; then
+  python3 - "$XDG_CONFIG_HOME/PX Callsigns.conf" "$XDG_CONFIG_HOME/PX Callsigns.conf.new" <<'PY'
+import configparser, sys
+old, new = configparser.RawConfigParser(), configparser.RawConfigParser()
+for c in (old, new):
+    c.optionxform = str
+old.read(sys.argv[1]); new.read(sys.argv[2])
+for section in new.sections():
+    if not old.has_section(section):
+        old.add_section(section)
+    for key, value in new.items(section):
+        old.set(section, key, value)
+with open(sys.argv[1], "w") as f:
+    old.write(f, space_around_delimiters=False)
+PY
+  rm "$XDG_CONFIG_HOME/PX Callsigns.conf.new"
+else
+  mv "$XDG_CONFIG_HOME/PX Callsigns.conf.new" "$XDG_CONFIG_HOME/PX Callsigns.conf"
+fi
+echo "Demo: copy a call sign and press F8 over the window, or type one into the box and press Enter."
+echo "  In the call-sign file: G4ABC, W1XYZ, JA1XYZ.  On the stand-in services: DL1ABC and LU1ABC (QRZ,"
+echo "  the service chosen at start), LA1ABC (eHam), F5ABC (QRZCQ), KP4ABC (Callook), EA4ABC (HamCall)."
+"$build/pxcallsigns"

@@ -121,7 +121,11 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     callFont.setBold(true);
     lblCall->setFont(callFont);
 
-    connect(txtCall, &QLineEdit::returnPressed, this, [this] { LookUpCall(txtCall->text()); });
+    // A typed call goes the way of one taken from the clipboard.
+    connect(txtCall, &QLineEdit::returnPressed, this, [this] {
+        clearStation();
+        LookUpCall(CallFromClipboardText(txtCall->text()));
+    });
     connect(cmdUpdate, &QPushButton::clicked, this, &Form1::cmdUpdate_Click);
 }
 
