@@ -56,6 +56,7 @@ def read(path):
 
 class Handler(BaseHTTPRequestHandler):
     protocol_version = "HTTP/1.1"
+    disable_nagle_algorithm = True  # headers and body go out at once, as a real server sends them
     server_version = "callbook-stand-in/1"
 
     def log_message(self, fmt, *args):
