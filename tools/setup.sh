@@ -12,7 +12,7 @@ build="$top/build"
 
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl-dev libgtest-dev libgmock-dev
           libbenchmark-dev libsqlite3-dev libgumbo-dev libx11-dev libxtst-dev xvfb xauth fonts-dejavu-core
-          python3 qt6-webengine-dev)
+          python3 qt6-webengine-dev libasound2-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

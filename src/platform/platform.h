@@ -33,4 +33,8 @@ WindowId FindWindowByTitle(const QString& title);
 // Outer rectangle of a window on the screen, in pixels.
 std::optional<QRect> WindowRect(WindowId window);
 
+// Plays a tone of hz for ms milliseconds and returns when it has sounded; false (and silence)
+// where there is no sound device.
+bool PlayTone(int hz, int ms);
+
 }  // namespace platform

@@ -77,4 +77,6 @@ std::optional<QRect> WindowRect(WindowId window) {
     return QRect(r.left, r.top, r.right - r.left, r.bottom - r.top);
 }
 
+bool PlayTone(int hz, int ms) { return hz >= 37 && hz <= 32767 && ms > 0 && ::Beep(hz, ms); }
+
 }  // namespace platform

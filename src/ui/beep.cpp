@@ -1,5 +1,7 @@
 #include "ui/beep.h"
 
+#include "platform/platform.h"
+
 #include <QApplication>
 
 namespace sound {
@@ -19,8 +21,8 @@ void MessageBeep(int type) {
 
 void Beep(int hz, int ms) {
     if (listener()) return listener()(1, hz, ms);
-    // Without an audio device of our own the desktop's bell is the nearest thing to a tone.
-    QApplication::beep();
+    // Without a sound device the desktop's bell is the nearest thing to a tone.
+    if (!platform::PlayTone(hz, ms)) QApplication::beep();
 }
 
 }  // namespace sound
