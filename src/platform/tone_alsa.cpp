@@ -7,10 +7,13 @@
 #include <vector>
 
 namespace platform {
+namespace {
+void quiet(const char*, int, const char*, int, const char*, ...) {}  // ALSA's messages would go to stderr
+}  // namespace
 
 bool PlayTone(int hz, int ms) {
     if (hz <= 0 || ms <= 0 || ms > 10000) return false;
-    snd_lib_error_set_handler([](const char*, int, const char*, int, const char*, ...) {});  // no stderr noise
+    snd_lib_error_set_handler(quiet);
     snd_pcm_t* pcm = nullptr;
     if (snd_pcm_open(&pcm, "default", SND_PCM_STREAM_PLAYBACK, SND_PCM_NONBLOCK) < 0) return false;
     constexpr unsigned kRate = 22050;
