@@ -13,6 +13,7 @@
 #include "lookup/cleancall.h"
 #include "lookup/uclookup.h"
 #include "platform/platform.h"
+#include "setup/form2.h"
 #include "ui/beep.h"
 #include "ui/popupmenu.h"
 #include "ui/unimsgbox.h"
@@ -493,8 +494,8 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     if (watched == lblSetup) {
-        // The setup and editor windows join this menu when they exist; the help text is here.
-        showMenu(lblSetup, {{2, SetupMenuCaptions[2]}}, &Form1::MnuSetupClick);
+        // The editor window joins this menu when it exists.
+        showMenu(lblSetup, {{0, SetupMenuCaptions[0]}, {2, SetupMenuCaptions[2]}}, &Form1::MnuSetupClick);
         return true;
     }
     return QWidget::eventFilter(watched, event);
@@ -516,7 +517,21 @@ void Form1::tmrMenus_Timer() {
 void Form1::MnuSetupClick(int item) {
     tmrMenus->stop();
     if (menu_) menu_->close();
+    if (item == 0) {
+        if (CountLoadedWindows(QStringLiteral("Form2")) >= 1) return;
+        auto* form2 = new Form2(g_, this);
+        connect(form2, &Form2::closed, this, &Form1::RefreshDistance);
+        form2->show();
+    }
     if (item == 2) QDesktopServices::openUrl(QUrl::fromLocalFile(helpFile));
+}
+
+void Form1::RefreshDistance() {
+    // The own position or the unit may have changed: the station on show gets a new line.
+    if (lblDxAz->text().isEmpty() || (g_.OtherLat == 0 && g_.OtherLon == 0)) return;
+    double distance = 0, azimuth = 0;
+    DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
+    lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
 }
 
 void Form1::createTrayIcon() {

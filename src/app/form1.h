@@ -48,6 +48,8 @@ public:
 
     // Pop-up menus of the maps and setup labels; tmrMenus closes them once the mouse has left.
     void MnuSetupClick(int item);
+    // The distance line of the station on show, after the own position or unit changed.
+    void RefreshDistance();
     PopupMenu* openMenu() const { return menu_; }
     // Where the help text is (it ships with the program).
     QString helpFile;

@@ -6,6 +6,7 @@
 #include "db/storestation.h"
 #include "lookup/uclookup.h"
 #include "geo/distanceazimuth.h"
+#include "geo/grid.h"
 #include "lookup/callbookfields.h"
 #include "lookup/cleancall.h"
 #include "lookup/htmldecode.h"
@@ -34,6 +35,8 @@ constexpr const char* kUsage =
     "         [--class T] [--year T]\n"
     "                               adds the record, or updates the one of that call\n"
     "  db delete CALL               removes every record of CALL\n"
+    "  grid LAT LON                 the six-character grid square of a position (exit 1 beyond\n"
+    "                               90 degrees of latitude)\n"
     "  distance LAT1 LON1 LAT2 LON2 [--miles] [--json]\n"
     "                               distance and azimuth from the first position to the second\n"
     "  decode FILE                  the plain text of an HTML page, each line ended by CR LF\n"
@@ -190,6 +193,15 @@ int runDistance(const Parsed& p) {
     } else {
         out() << distance << " " << unit << " " << azimuth << "\u00b0\n";
     }
+    return 0;
+}
+
+// The position read as the setup window reads it: the number at the start of the text, 0 for none.
+int runGrid(const Parsed& p) {
+    if (p.positional.size() != 3) return usageError(QStringLiteral("grid needs LAT LON"));
+    const QString grid = GridSquare(vb::val(p.positional[1]), vb::val(p.positional[2]));
+    if (grid.isEmpty()) return 1;
+    out() << grid << "\n";
     return 0;
 }
 
@@ -358,7 +370,7 @@ int runLookup(const Parsed& p) {
 }  // namespace
 
 bool IsCliInvocation(const QStringList& args) {
-    static const QStringList kCommands{QStringLiteral("db"),         QStringLiteral("distance"), QStringLiteral("decode"),
+    static const QStringList kCommands{QStringLiteral("db"),         QStringLiteral("distance"), QStringLiteral("grid"), QStringLiteral("decode"),
                                        QStringLiteral("parse"),      QStringLiteral("clean-call"), QStringLiteral("lookup"), QStringLiteral("--help"),
                                        QStringLiteral("-h"),         QStringLiteral("--version")};
     return args.size() > 1 && kCommands.contains(args[1]);
@@ -378,6 +390,8 @@ int RunCli(const QStringList& args) {
                                              platform::GetAppDataFolder() + QStringLiteral("/Norvane"));
         CallDatabase db(data + u'/' + QLatin1String(CallDatabase::kFileName));
         status = runDb(p, db);
+    } else if (p.positional.value(0) == QLatin1String("grid")) {
+        status = runGrid(p);
     } else if (p.positional.value(0) == QLatin1String("distance")) {
         status = runDistance(p);
     } else if (p.positional.value(0) == QLatin1String("decode")) {

@@ -64,6 +64,15 @@ TEST(CliTest, Distance) {
     EXPECT_EQ(cli({"distance", "0", "0", "x", "0"}).status, 2);
 }
 
+TEST(CliTest, Grid) {
+    EXPECT_EQ(cli({"grid", "0", "-0.5"}).out, "IJ90ra\n");
+    EXPECT_EQ(cli({"grid", "52.52", "13.405"}).out, "JO62qm\n");
+    EXPECT_EQ(cli({"grid", "x", "y"}).out, "JJ00aa\n");  // non-numbers read as 0, as in the window
+    const CliRun r = cli({"grid", "90.5", "0"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "");
+}
+
 TEST(CliTest, HelpVersionAndUsageErrors) {
     EXPECT_TRUE(cli({"--help"}).out.contains("db find CALL [--json]"));
     EXPECT_TRUE(cli({"--version"}).out.startsWith("pxcallsigns "));

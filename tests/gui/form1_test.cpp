@@ -6,6 +6,7 @@
 #include "lookup/uclookup.h"
 #include "ui/beep.h"
 #include "ui/popupmenu.h"
+#include "setup/form2.h"
 #include "lookup/callbookserver.h"
 
 #include <QApplication>
@@ -19,6 +20,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -336,13 +338,39 @@ private slots:
         QCursor::setPos(form->lblSetup->mapToGlobal(QPoint(3, 3)));
         QTest::mouseClick(form->lblSetup, Qt::LeftButton, {}, QPoint(3, 3));
         QVERIFY(form->openMenu());
-        QCOMPARE(form->openMenu()->items().size(), 1);
-        QCOMPARE(form->openMenu()->items()[0].caption, g.Texts.MenuHelp);
+        QCOMPARE(form->openMenu()->items().size(), 2);
+        QCOMPARE(form->openMenu()->items()[0].caption, g.Texts.MenuSetup);
+        QCOMPARE(form->openMenu()->items()[1].caption, g.Texts.MenuHelp);
+        QCOMPARE(form->openMenu()->items()[1].number, 2);
         QTest::qWait(400);
         QVERIFY(form->openMenu());  // the mouse is still over it
         QCursor::setPos(10, 700);
         QTRY_VERIFY_WITH_TIMEOUT(!form->openMenu(), 2000);
         QVERIFY(!form->tmrMenus->isActive());
+    }
+
+    void ownPositionChangeReachesTheDistanceLine() {
+        ModuleValues g;
+        bool ok = false;
+        auto form = load(g, &ok);
+        QVERIFY(ok);
+        form->show();
+        QVERIFY(settle(*form));
+        form->txtCall->setText("G4ABC");
+        QTest::keyClick(form->txtCall, Qt::Key_Return);
+        QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("228 mi 261\u00b0 "));
+        form->MnuSetupClick(0);
+        auto* setup = form->findChild<Form2*>();
+        QVERIFY(setup);
+        form->MnuSetupClick(0);
+        QCOMPARE(form->findChildren<Form2*>().size(), 1);  // one setup window at a time
+        setup->txtLat->setText("52.52");
+        setup->txtLon->setText("13.405");
+        setup->optKm->click();
+        setup->close();
+        // From Berlin to G4ABC, now in kilometres.
+        QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("934 km 268\u00b0 "));
+        QCOMPARE(settings::GetSetting(settings::kMyLatitude, ""), QString("52.52"));
     }
 
     void lookupFailures_data() {

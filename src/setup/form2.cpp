@@ -1,0 +1,156 @@
+#include "setup/form2.h"
+
+#include "app/settings.h"
+#include "common/vbtext.h"
+#include "db/storestation.h"
+#include "geo/grid.h"
+#include "lookup/uclookup.h"
+#include "ui/windowhelpers.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+
+namespace {
+QLabel* caption(QWidget* parent, const char* name, const QString& text, QRect at) {
+    auto* label = new QLabel(text.isEmpty() ? QString() : text + QStringLiteral(": "), parent);
+    label->setObjectName(QLatin1String(name));
+    label->setTextFormat(Qt::PlainText);
+    label->setGeometry(at);
+    return label;
+}
+}  // namespace
+
+Form2::Form2(ModuleValues& values, QWidget* parent) : QWidget(parent, Qt::Window), g_(values) {
+    setObjectName(QStringLiteral("Form2"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowTitle(g_.Texts.SetupTitle);
+    setFixedSize(360, 250);
+    const LanguageTexts& t = g_.Texts;
+
+    lblCall = caption(this, "lblCall", t.FieldCall, {15, 15, 110, 24});
+    Label1 = caption(this, "Label1", t.FieldLatitude, {15, 45, 110, 24});
+    Label2 = caption(this, "Label2", t.FieldLongitude, {15, 75, 110, 24});
+    txtCall = new QLineEdit(this);
+    txtLat = new QLineEdit(this);
+    txtLon = new QLineEdit(this);
+    int row = 15;
+    for (auto [edit, name] : {std::pair{txtCall, "txtCall"}, {txtLat, "txtLat"}, {txtLon, "txtLon"}}) {
+        edit->setObjectName(QLatin1String(name));
+        edit->setGeometry(130, row, 120, 24);
+        row += 30;
+    }
+    txtCall->setMaxLength(32);
+    lblGrid = new QLabel(this);
+    lblGrid->setObjectName(QStringLiteral("lblGrid"));
+    lblGrid->setTextFormat(Qt::PlainText);
+    lblGrid->setGeometry(15, 105, 330, 24);
+    cmdGetLatLon = new QPushButton(t.SetupGetLatLon, this);
+    cmdGetLatLon->setObjectName(QStringLiteral("cmdGetLatLon"));
+    cmdGetLatLon->setGeometry(15, 135, 235, 28);
+    lblDx = caption(this, "lblDx", t.UnitCaption.trimmed(), {15, 172, 130, 24});
+    optKm = new QRadioButton(QStringLiteral("km"), this);
+    optKm->setObjectName(QStringLiteral("optKm"));
+    optKm->setGeometry(150, 172, 60, 24);
+    optMi = new QRadioButton(QStringLiteral("mi"), this);
+    optMi->setObjectName(QStringLiteral("optMi"));
+    optMi->setGeometry(215, 172, 60, 24);
+    Label3 = new QLabel(this);
+    Label3->setObjectName(QStringLiteral("Label3"));
+    Label3->setTextFormat(Qt::PlainText);
+    Label3->setWordWrap(true);
+    Label3->setGeometry(15, 198, 250, 44);
+    cmdClose = new QPushButton(t.CloseButton, this);
+    cmdClose->setObjectName(QStringLiteral("cmdClose"));
+    cmdClose->setGeometry(270, 210, 75, 28);
+
+    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
+    connect(lookUp, &ucLookUp::GotPage, this, &Form2::onGotPage);
+    for (auto failed : {&ucLookUp::LoginRequired, &ucLookUp::PageNotFound, &ucLookUp::CallNotFound})
+        connect(lookUp, failed, this, [this] { setBusy(false); });
+
+    // Load: the saved call, the program-wide position and unit.
+    txtCall->setText(settings::GetSetting(settings::kMyCallsign, QString()));
+    txtLat->setText(CoordinateText(g_.MyLat));
+    txtLon->setText(CoordinateText(g_.MyLon));
+    (g_.DistUnit == 1 ? optMi : optKm)->setChecked(true);
+    ShowGrid();
+
+    connect(txtLat, &QLineEdit::textChanged, this, [this](const QString& text) {
+        g_.MyLat = vb::val(text);
+        ShowGrid();
+    });
+    connect(txtLon, &QLineEdit::textChanged, this, [this](const QString& text) {
+        g_.MyLon = vb::val(text);
+        ShowGrid();
+    });
+    // The unit is saved the moment it is chosen.
+    connect(optMi, &QRadioButton::clicked, this, [this] {
+        g_.DistUnit = 1;
+        settings::SaveSetting(settings::kUnit, QStringLiteral("1"));
+    });
+    connect(optKm, &QRadioButton::clicked, this, [this] {
+        g_.DistUnit = 0;
+        settings::SaveSetting(settings::kUnit, QStringLiteral("0"));
+    });
+    connect(cmdGetLatLon, &QPushButton::clicked, this, &Form2::cmdGetLatLon_Click);
+    connect(cmdClose, &QPushButton::clicked, this, &QWidget::close);
+    SetTopMost(this, true);
+}
+
+Form2::~Form2() { setBusy(false); }
+
+void Form2::setBusy(bool busy) {
+    if (busy == busy_) return;
+    busy_ = busy;
+    if (busy) QApplication::setOverrideCursor(Qt::WaitCursor);
+    else QApplication::restoreOverrideCursor();
+}
+
+void Form2::ShowGrid() {
+    const QString grid = GridSquare(g_.MyLat, g_.MyLon);
+    lblGrid->setText(grid.isEmpty() ? QString() : g_.Texts.SetupGrid + QStringLiteral(":   ") + grid);
+}
+
+void Form2::cmdGetLatLon_Click() {
+    g_.MyCall = txtCall->text();
+    Label3->clear();
+    if (g_.MyCall.isEmpty()) return;
+    // Refused before anything is asked of the service.
+    if (g_.MyCall.contains(u'-') || g_.MyCall.contains(u' ')) {
+        Label3->setText(g_.Texts.NotFound + u' ' + g_.MyCall);
+        return;
+    }
+    lookUp->setDatabase(g_.ServiceNo);
+    setBusy(true);
+    lookUp->GetPage(g_.MyCall);
+}
+
+void Form2::onGotPage(const QString&, bool) {
+    txtLat->setText(CoordinateText(lookUp->Latitude()));
+    txtLon->setText(CoordinateText(lookUp->Longitude()));
+    setBusy(false);
+    QString status;
+    switch (g_.ServiceNo) {
+    case 1:
+    case 2:
+    case 5: status = g_.Texts.SetupPositionFound; break;
+    case 3: status = g_.Texts.SetupPositionQrzcq; break;
+    case 4: status = g_.Texts.CallookStatus; break;
+    default: status = g_.Texts.LookupFailed;
+    }
+    Label3->setText(u'\n' + status.replace(QStringLiteral("***"), g_.MyCall));
+}
+
+void Form2::closeEvent(QCloseEvent* event) {
+    settings::SaveSetting(settings::kMyCallsign, txtCall->text());
+    settings::SaveSetting(settings::kMyLatitude, txtLat->text());
+    settings::SaveSetting(settings::kMyLongitude, txtLon->text());
+    g_.MyLat = vb::val(txtLat->text());
+    g_.MyLon = vb::val(txtLon->text());
+    emit closed();
+    event->accept();
+}

@@ -1,0 +1,132 @@
+// The own-station window: grid line, when its settings are written, fetching the position.
+#include "app/settings.h"
+#include "lookup/callbookserver.h"
+#include "lookup/uclookup.h"
+#include "setup/form2.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+class Form2Test : public QObject {
+    Q_OBJECT
+
+    ModuleValues g;
+
+    static QString conf() { return qEnvironmentVariable("XDG_CONFIG_HOME") + "/PX Callsigns.conf"; }
+
+private slots:
+    void init() {
+        QFile::remove(conf());
+        g = ModuleValues();
+        QFile f(PX_SOURCE_DIR "/data/Languages/Norvane_English.Language");
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        LoadLanguageText(f.readAll(), g.Texts);
+        g.MyLat = 51.5072;
+        g.MyLon = -0.1276;
+        g.DistUnit = 1;
+        g.ServiceNo = 2;
+    }
+
+    void loadsTheOwnStation() {
+        settings::SaveSetting(settings::kMyCallsign, "PA3XYZ");
+        Form2 form(g);
+        QCOMPARE(form.txtCall->text(), QString("PA3XYZ"));
+        QCOMPARE(form.txtLat->text(), QString("51.5072"));
+        QCOMPARE(form.txtLon->text(), QString("-0.1276"));
+        QVERIFY(form.optMi->isChecked());
+        QCOMPARE(form.lblGrid->text(), QString("Grid square:   IO91wm"));
+        QCOMPARE(form.lblCall->text(), QString("Call sign: "));
+        QCOMPARE(form.Label1->text(), QString("Latitude: "));
+    }
+
+    void gridLineFollowsTheTyping_data() {
+        QTest::addColumn<QString>("lat");
+        QTest::addColumn<QString>("lon");
+        QTest::addColumn<QString>("grid");
+        QTest::addColumn<double>("myLat");
+        QTest::newRow("origin") << "0" << "0" << "Grid square:   JJ00aa" << 0.0;
+        QTest::newRow("west of Greenwich") << "0" << "-0.5" << "Grid square:   IJ90ra" << 0.0;
+        QTest::newRow("numbers then text") << "52.52N" << "13.405 E" << "Grid square:   JO62qm" << 52.52;
+        QTest::newRow("not numbers") << "abc" << "x" << "Grid square:   JJ00aa" << 0.0;
+        QTest::newRow("beyond the pole") << "90.5" << "0" << "" << 90.5;
+        QTest::newRow("south") << "-33.8688" << "151.2093" << "Grid square:   QF56od" << -33.8688;
+    }
+
+    void gridLineFollowsTheTyping() {
+        QFETCH(QString, lat);
+        QFETCH(QString, lon);
+        QFETCH(QString, grid);
+        QFETCH(double, myLat);
+        Form2 form(g);
+        form.txtLat->setText(lat);
+        form.txtLon->setText(lon);
+        QCOMPARE(form.lblGrid->text(), grid);
+        QCOMPARE(g.MyLat, myLat);
+    }
+
+    void settingsAreWrittenAtTheirMoment() {
+        auto* form = new Form2(g);
+        form->txtCall->setText("DL1ABC");
+        form->txtLat->setText("52.52");
+        form->optKm->click();
+        // The unit at once, the station only on close.
+        QCOMPARE(settings::GetSetting(settings::kUnit, "unset"), QString("0"));
+        QCOMPARE(g.DistUnit, int16_t(0));
+        QCOMPARE(settings::GetSetting(settings::kMyLatitude, "unset"), QString("unset"));
+        QCOMPARE(settings::GetSetting(settings::kMyCallsign, "unset"), QString("unset"));
+        form->optMi->click();
+        QCOMPARE(settings::GetSetting(settings::kUnit, "unset"), QString("1"));
+        form->close();  // deletes itself
+        QCOMPARE(settings::GetSetting(settings::kMyCallsign, ""), QString("DL1ABC"));
+        QCOMPARE(settings::GetSetting(settings::kMyLatitude, ""), QString("52.52"));
+        QCOMPARE(settings::GetSetting(settings::kMyLongitude, ""), QString("-0.1276"));
+        QCOMPARE(g.MyLat, 52.52);
+    }
+
+    void coordinatesFromTheService() {
+        CallbookServer server;
+        QVERIFY(server.port() > 0);
+        settings::SaveSetting({"Hosts", "QRZ"}, server.url("/qrz"));
+        settings::SaveSetting({"Hosts", "QRZCQ"}, server.url("/qrzcq"));
+        Form2 form(g);
+        // A call with a blank or a "-" is refused without asking the service.
+        form.txtCall->setText("DL1 ABC");
+        form.cmdGetLatLon->click();
+        QCOMPARE(form.lookUp->RequestKind, QString());
+        QCOMPARE(form.Label3->text(), g.Texts.NotFound + " DL1 ABC");
+
+        form.txtCall->setText("DL1ABC");
+        form.cmdGetLatLon->click();
+        QCOMPARE(g.MyCall, QString("DL1ABC"));
+        QTRY_COMPARE_WITH_TIMEOUT(form.txtLat->text(), QString("52.52"), 10000);
+        QCOMPARE(form.txtLon->text(), QString("13.405"));
+        QCOMPARE(form.lblGrid->text(), QString("Grid square:   JO62qm"));
+        QCOMPARE(form.Label3->text(), "\n" + QString(g.Texts.SetupPositionFound).replace("***", "DL1ABC"));
+        QVERIFY(!QApplication::overrideCursor());
+
+        g.ServiceNo = 3;  // QRZCQ has its own text
+        form.txtLat->clear();
+        form.cmdGetLatLon->click();
+        QTRY_COMPARE_WITH_TIMEOUT(form.txtLat->text(), QString("52.52"), 10000);
+        QCOMPARE(form.Label3->text(), "\n" + QString(g.Texts.SetupPositionQrzcq).replace("***", "DL1ABC"));
+    }
+};
+
+int main(int argc, char** argv) {
+    QTemporaryDir home;
+    qputenv("HOME", home.path().toLocal8Bit());
+    qputenv("XDG_CONFIG_HOME", (home.path() + "/config").toLocal8Bit());
+    qputenv("XDG_DATA_HOME", (home.path() + "/data").toLocal8Bit());
+    if (qEnvironmentVariableIsEmpty("DISPLAY")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    Form2Test test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "form2_test.moc"
