@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace lookup {
 namespace {
@@ -186,15 +187,71 @@ QByteArray charsetFromMeta(QByteArrayView bytes) {
     return {};
 }
 
-QString decodePageBytes(QByteArrayView bytes, QByteArrayView contentType) {
+namespace {
+
+// The encoding a page is read in, and the bytes that are read (behind a byte-order mark).
+std::pair<Encoding, QByteArrayView> pageEncoding(QByteArrayView bytes, QByteArrayView contentType) {
     // A byte-order mark outranks every declaration.
-    if (bytes.startsWith("\xEF\xBB\xBF")) return decodeAs({Kind::Utf8, {}}, bytes.sliced(3));
-    if (bytes.startsWith("\xFE\xFF")) return decodeAs({Kind::Utf16BE, {}}, bytes.sliced(2));
-    if (bytes.startsWith("\xFF\xFE")) return decodeAs({Kind::Utf16LE, {}}, bytes.sliced(2));
+    if (bytes.startsWith("\xEF\xBB\xBF")) return {{Kind::Utf8, {}}, bytes.sliced(3)};
+    if (bytes.startsWith("\xFE\xFF")) return {{Kind::Utf16BE, {}}, bytes.sliced(2)};
+    if (bytes.startsWith("\xFF\xFE")) return {{Kind::Utf16LE, {}}, bytes.sliced(2)};
 
     Encoding encoding = encodingForLabel(charsetFromContentType(contentType), false);
     if (encoding.kind == Kind::Unknown) encoding = encodingForLabel(charsetFromMeta(bytes), true);
-    return decodeAs(encoding, bytes);
+    return {encoding, bytes};
+}
+
+// Whether the bytes are well-formed UTF-8: no stray or missing continuation bytes, no overlong
+// forms, no surrogates, nothing above U+10FFFF.
+bool isValidUtf8(QByteArrayView bytes) {
+    const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
+    const auto* end = p + bytes.size();
+    while (p < end) {
+        const unsigned c = *p;
+        if (c < 0x80) {
+            ++p;
+            continue;
+        }
+        // The length of the sequence and the range of its second byte.
+        size_t n = 0;
+        unsigned lo = 0x80, hi = 0xBF;
+        if (c >= 0xC2 && c <= 0xDF) {
+            n = 2;
+        } else if (c >= 0xE0 && c <= 0xEF) {
+            n = 3;
+            if (c == 0xE0) lo = 0xA0;  // overlong below
+            if (c == 0xED) hi = 0x9F;  // surrogates above
+        } else if (c >= 0xF0 && c <= 0xF4) {
+            n = 4;
+            if (c == 0xF0) lo = 0x90;  // overlong below
+            if (c == 0xF4) hi = 0x8F;  // beyond U+10FFFF above
+        } else {
+            return false;
+        }
+        if (static_cast<size_t>(end - p) < n || p[1] < lo || p[1] > hi) return false;
+        for (size_t k = 2; k < n; ++k)
+            if ((p[k] & 0xC0) != 0x80) return false;
+        p += n;
+    }
+    return true;
+}
+
+}  // namespace
+
+QString decodePageBytes(QByteArrayView bytes, QByteArrayView contentType) {
+    const auto [encoding, text] = pageEncoding(bytes, contentType);
+    return decodeAs(encoding, text);
+}
+
+QByteArrayView pageUtf8(QByteArrayView bytes, QByteArrayView contentType, QByteArray& storage) {
+    const auto [encoding, text] = pageEncoding(bytes, contentType);
+    // Read as UTF-8 (declared, or found valid), valid bytes decode to themselves; the decoder
+    // would only drop a byte-order mark at their start.
+    if ((encoding.kind == Kind::Utf8 || encoding.kind == Kind::Unknown) && !text.startsWith("\xEF\xBB\xBF") &&
+        isValidUtf8(text))
+        return text;
+    storage = decodeAs(encoding, text).toUtf8();
+    return storage;
 }
 
 }  // namespace lookup

@@ -14,6 +14,11 @@ namespace lookup {
 // contentType: the value of the HTTP Content-Type header, empty when there was none.
 QString decodePageBytes(QByteArrayView bytes, QByteArrayView contentType = {});
 
+// The same text as decodePageBytes gives, in UTF-8: the bytes themselves (behind a byte-order
+// mark) when they are to be read as UTF-8 and are valid UTF-8, else the decoded text, which is
+// put into `storage`. The result points into `bytes` or `storage`.
+QByteArrayView pageUtf8(QByteArrayView bytes, QByteArrayView contentType, QByteArray& storage);
+
 // The charset label of a Content-Type value ("text/html; charset=\"UTF-8\"" gives "UTF-8"),
 // empty when it names none.
 QByteArray charsetFromContentType(QByteArrayView contentType);

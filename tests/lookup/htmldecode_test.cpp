@@ -115,10 +115,139 @@ TEST(HTMLDecode, BrokenMarkupStillGivesItsText) {
         {"less-than in text", "a < b and c<3", "a < b and c<3"},
         {"quotes in attributes", "<a title='x > y' href=\"/\">link</a>", "link"},
         {"unclosed script swallows the rest", "a<script>b", "a"},
+        {"attributes as the tokenizer reads them",
+         "<a href=x/>a</a><a =\"x>y\">b</a><a b='c'd=\"e\"/f>c</a><span style=\"display:none\"style=\"display:inline\">d</span>"
+         "<span x=1 STYLE=display:none>e</span><span/style=display:none>f</span>g",
+         "ay\">bcg"},
+        {"isindex is an element like any unknown one", "a<isindex>b</isindex>c<isindex prompt=x action=y>d", "abcd"},
+        {"a self-closing look-alike in SVG", "a<svg><text/x>t</text></svg>b<svg><text/>u</svg>c", "a\r\nt\r\nb\r\nc"},
     };
     expectRendered(std::begin(cases), std::end(cases));
     // NUL characters in text are dropped by the parser.
     EXPECT_EQ(HTMLDecode(QString::fromUtf8(QByteArray("a\0b", 3))), QStringLiteral("ab"));
+}
+
+TEST(HTMLDecode, TheDoctypeSetsTheQuirksMode) {
+    const Case cases[] = {
+        {"without a doctype a table stays in its paragraph", "<p>x<table><tr><td>y</td></tr></table>z</p>",
+         "x\r\ny\r\nz"},
+        {"with one the table closes it", "<!DOCTYPE html><p>x<table><tr><td>y</td></tr></table>z</p>",
+         "x\r\n\r\ny\r\nz"},
+        {"blanks before the document go", "\f \fa", "a"},
+    };
+    expectRendered(std::begin(cases), std::end(cases));
+}
+
+TEST(HTMLDecode, NoscriptHoldsTextThatNeverShows) {
+    const Case cases[] = {
+        {"markup in it does not close what is open", "<p>a<noscript><p>b</p><div>c</noscript>d</p>e", "ad\r\n\r\ne"},
+        {"in the head", "<html><head><noscript><link rel=\"stylesheet\" href=\"x.css\">text</noscript></head><body>ok",
+         "ok"},
+        {"only its own end tag ends it", "<noscript>x</noscripts>y</noscript>z", "z"},
+    };
+    expectRendered(std::begin(cases), std::end(cases));
+}
+
+TEST(HTMLDecode, AFormFeedIsACharacterOfItsOwn) {
+    const Case cases[] = {
+        {"in text", "a\fb a \f b", "a\fb a \f b"},
+        {"alone behind inline content", "<b>a</b>\f<b>b</b>", "a\fb"},
+        {"alone behind a line break or a block", "a<br>\f<br>b<div>c</div>\f<div>d</div>", "a\r\n\r\nb\r\nc\r\nd"},
+        {"alone in an inline element", "<div>x</div><span>\f</span>", "x\r\n\f"},
+    };
+    expectRendered(std::begin(cases), std::end(cases));
+}
+
+TEST(HTMLDecode, ListsToChooseFromShowEachOptionOnALine) {
+    const Case cases[] = {
+        {"options", "a<select><option>one</option> <option>  two  words </option></select>b",
+         "a\r\none\r\ntwo words\r\nb"},
+        {"groups, hidden options, labels",
+         "<select><optgroup label=g><option hidden>x</option></optgroup><option label=L>y<option></select>",
+         "x\r\ny"},
+        {"blanks around the list stay", "a <select><option>x</option></select> b", "a \r\nx\r\n b"},
+        {"in a cell", "<table><tr><td><select><option>x<option>y</select></td><td>c</td></tr></table>",
+         "x\r\ny\r\n\tc"},
+        {"a hidden list shows nothing", "a<select style=\"visibility:hidden\"><option>x</select>b", "ab"},
+    };
+    expectRendered(std::begin(cases), std::end(cases));
+}
+
+TEST(HTMLDecode, VisibilityHiddenTakesRoomButShowsNothing) {
+    const Case cases[] = {
+        {"blanks around it stay", "a <span style=\"visibility:hidden\">x</span> b", "a  b"},
+        {"a blank in it takes the blanks after it", "a<span style=\"visibility:hidden\">x </span> b", "ab"},
+        {"visible again inside", "a<span style=\"visibility:hidden\">x<b style=\"visibility:visible\">y</b>z</span>w",
+         "ayw"},
+        {"a hidden block gives no line breaks", "a<div style=\"visibility:hidden\">x</div>b", "ab"},
+        {"a hidden last cell still counts", "<table><tr><td>a</td><td style=\"visibility:hidden\">x</td></tr></table>",
+         "a\t"},
+        {"a hidden br breaks nothing", "a<br style=\"visibility:hidden\">b", "ab"},
+    };
+    expectRendered(std::begin(cases), std::end(cases));
+}
+
+TEST(HTMLDecode, TheDisplayPropertyMakesBlocksAndTableParts) {
+    const Case cases[] = {
+        {"a cell made a block", "<table><tr><td>a</td><td style=\"display:block\">b</td><td>c</td></tr></table>",
+         "a\t\r\nb\r\nc"},
+        {"a table of divs",
+         "<div style=\"display:table\"><div style=\"display:table-row\"><div style=\"display:table-cell\">a</div>"
+         "<div style=\"display:table-cell\">b</div></div></div>c",
+         "a\tb\r\nc"},
+        {"cells in a line", "a<span style=\"display:table-cell\">x</span><span style=\"display:table-cell\">y</span>b",
+         "ax\tyb"},
+        {"a paragraph keeps its blank lines", "a<p style=\"display:inline\">x</p>b", "a\r\n\r\nx\r\n\r\nb"},
+        {"forms inside a table's structure are not shown",
+         "<table><tr><td>a</td></tr><form><tr><td>b</td></tr></form></table><table><tr><td>c</td><form></form></tr></table>",
+         "a\r\nb\r\nc"},
+    };
+    expectRendered(std::begin(cases), std::end(cases));
+}
+
+TEST(HTMLDecode, EmbeddedContent) {
+    const Case cases[] = {
+        {"an object shows what it holds", "a<object><param name=x value=y>o</object>b", "aob"},
+        {"a marquee is inline", "a<marquee>m</marquee>b", "amb"},
+        {"an SVG shows the text of its text elements",
+         "a<svg><title>Icon</title><path d=\"M0 0\"/><g><text>t1</text><text> t2 </text></g>stray</svg>b",
+         "a\r\nt1\r\nt2\r\nb"},
+        {"MathML is inline text", "a<math><mi>x</mi><mo>+</mo><mn>1</mn></math>b", "ax+1b"},
+    };
+    expectRendered(std::begin(cases), std::end(cases));
+}
+
+TEST(HTMLDecode, ControlAndPrivateUseCharactersStay) {
+    // The parser would turn control characters and noncharacters into U+FFFD; a browser keeps them.
+    const Case cases[] = {
+        {"control characters and noncharacters",
+         "a\x01" "b\x7F" "c\u0080d\uFDD0e\x0B" "f &amp;\x01g <b>\x02</b> \x03 a long text with \x04 inside it",
+         "a\x01" "b\x7F" "c\u0080d\uFDD0e\x0B" "f &\x01g \x02 \x03 a long text with \x04 inside it"},
+        {"private-use characters of the page itself", "a\uE000b <p>\uE001</p> &#xE002; and a longer text",
+         "a\uE000b\r\n\r\n\uE001\r\n\r\n\uE002 and a longer text"},
+    };
+    expectRendered(std::begin(cases), std::end(cases));
+}
+
+TEST(HTMLDecode, TextOnlyTheTokenizerSeesAsMarkupIsLeftAlone) {
+    // The inner </script> does not end the script (it sits in an escaped <script> in a comment):
+    // the real end is the second one, and the comment-like text behind the first one is no
+    // comment. The style attribute must keep its value as it is written.
+    EXPECT_EQ(HTMLDecode(QStringLiteral(
+                  "<script><!--<script></script> <!-- </script>a<span style=\"--> ;display:none\">hidden text</span>b")),
+              QStringLiteral("ab"));
+}
+
+TEST(HTMLDecode, EveryRunOfTextOfALongPageComesThrough) {
+    // More runs of text than the first range of marks holds.
+    QString html;
+    QStringList lines;
+    for (int i = 0; i < 8000; ++i) {
+        html += QStringLiteral("<p>line %1 of the page</p><table><tr><td>%1</td><td> x%1 </td></tr></table>\n").arg(i);
+        lines << QStringLiteral("line %1 of the page").arg(i) << QString() << QStringLiteral("%1\tx%1").arg(i) << QString();
+    }
+    lines.removeLast();
+    EXPECT_EQ(HTMLDecode(html), lines.join(QStringLiteral("\r\n")));
 }
 
 TEST(HTMLDecode, DeepNestingKeepsAllText) {

@@ -77,3 +77,39 @@ TEST(CharsetFromMeta, FindsTheFirstDeclarationThatNamesAKnownCharset) {
 }
 
 }  // namespace
+
+namespace {
+
+// pageUtf8 gives the text of decodePageBytes in UTF-8, the page's own bytes where they can be.
+TEST(PageUtf8, IsTheDecodedTextInUtf8) {
+    struct Bytes {
+        const char* name;
+        QByteArray bytes;
+        QByteArray contentType;
+        bool ownBytes;  // the result points into the page
+    };
+    const Bytes cases[] = {
+        {"undeclared valid UTF-8", "<p>M\xC3\xBCller \xF0\x9F\x98\x80 \xEF\xBF\xBF</p>", "", true},
+        {"declared UTF-8", "M\xC3\xBCller", "text/html; charset=utf-8", true},
+        {"byte-order mark", "\xEF\xBB\xBFM\xC3\xBCller", "", true},
+        {"two byte-order marks", "\xEF\xBB\xBF\xEF\xBB\xBFx", "", false},
+        {"invalid UTF-8 declared", "M\xFCller", "text/html; charset=UTF-8", false},
+        {"invalid UTF-8 undeclared is Windows-1252", "M\xFCller \x80", "", false},
+        {"overlong form", "a\xC0\xAF" "b", "text/html; charset=utf-8", false},
+        {"overlong three-byte form", "a\xE0\x80\xAF" "b", "text/html; charset=utf-8", false},
+        {"surrogate", "a\xED\xA0\x80" "b", "text/html; charset=utf-8", false},
+        {"beyond U+10FFFF", "a\xF4\x90\x80\x80" "b", "text/html; charset=utf-8", false},
+        {"cut short at the end", "a\xE2\x82", "text/html; charset=utf-8", false},
+        {"declared Windows-1252", "<meta charset=windows-1252>M\xFCller", "", false},
+        {"UTF-16", QByteArray("\xFF\xFEM\0\xFC\0", 6), "", false},
+    };
+    for (const Bytes& c : cases) {
+        QByteArray storage;
+        const QByteArrayView utf8 = lookup::pageUtf8(c.bytes, c.contentType, storage);
+        EXPECT_EQ(utf8.toByteArray(), lookup::decodePageBytes(c.bytes, c.contentType).toUtf8()) << c.name;
+        const bool own = utf8.data() >= c.bytes.constData() && utf8.data() < c.bytes.constData() + c.bytes.size();
+        EXPECT_EQ(own, c.ownBytes) << c.name;
+    }
+}
+
+}  // namespace
