@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <csetjmp>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -407,6 +408,7 @@ public:
         kConform = 1,  // cut what <noscript> holds, rename <isindex>, mark the characters the parser
                        // would replace (where the page allows marks)
         kFaster = 2,   // drop attributes nothing reads, mark runs of text (where the page allows)
+        kPlain = 4,    // drop the tags of formatting elements (a, b, font, ...), see renderUtf8
     };
     // The page without the start tags that would nest too deep (and their end tags), with the
     // `changes` asked for.
@@ -570,7 +572,7 @@ string_view Prescan::run(unsigned changes) {
     runs_.clear();
     changedTags_.clear();
     const string_view html = html_;
-    const bool conform = changes & kConform, faster = changes & kFaster;
+    const bool conform = changes & kConform, faster = changes & kFaster, plain = changes & kPlain;
     const bool marks = (conform || faster) && !pageHoldsPrivateUse(html);
     markLongRuns_ = faster;
     size_t text = 0;  // where the text since the last markup starts
@@ -623,6 +625,10 @@ string_view Prescan::run(unsigned changes) {
             changedTags_.push_back(i);
             edits_.insert(edits_.end(), tagEdits_.begin(), tagEdits_.end());
         };
+        if (plain && (tagFlags(name_) & kFormattingFlag)) {
+            edits_.push_back({start, i, -1});
+            continue;
+        }
         const unsigned flags = isEnd ? 0u : tagFlags(name_);
         if (isEnd) {
             endTag(start, i);
@@ -1341,7 +1347,13 @@ public:
     Arena& operator=(const Arena&) = delete;
     ~Arena() { reset(); }
 
+    // The most the arena hands out until the next reset; a parse that asks for more leaves
+    // through overBudget (see parseWithin).
+    void limit(size_t bytes) { budget_ = bytes; }
+    std::jmp_buf overBudget;
+
     void reset() {
+        taken_ = 0;
         constexpr size_t kSpareBlocks = 16;
         for (void* b : blocks_) {
             if (spare_.size() < kSpareBlocks) spare_.push_back(b);
@@ -1358,15 +1370,21 @@ public:
 
 private:
     static constexpr size_t kBlock = 256 * 1024;
+    // Nothing here has a destructor: longjmp may leave from any point.
     void* take(size_t size) {
         size = (size + 15) & ~static_cast<size_t>(15);
+        if (size > budget_ - std::min(taken_, budget_)) std::longjmp(overBudget, 1);
+        taken_ += size;
         if (size > kBlock / 4) {  // a large piece gets memory of its own
-            large_.push_back(std::malloc(size));
-            return large_.back();
+            void* piece = std::malloc(size);
+            if (!piece) std::longjmp(overBudget, 1);
+            large_.push_back(piece);
+            return piece;
         }
         if (size > left_) {
             if (spare_.empty()) {
                 next_ = static_cast<char*>(std::malloc(kBlock));
+                if (!next_) std::longjmp(overBudget, 1);
             } else {
                 next_ = static_cast<char*>(spare_.back());
                 spare_.pop_back();
@@ -1384,7 +1402,27 @@ private:
     std::vector<void*> blocks_, large_;
     char* next_ = nullptr;
     size_t left_ = 0;
+    size_t taken_ = 0;
+    size_t budget_ = SIZE_MAX;
 };
+
+// What a parse may take: enough for any page that is merely large or dense (up to about 85
+// bytes per byte of the page, on long lists and on old pages that leave <font> open in every
+// paragraph), far below what a hostile page can make the parser build. A formatting element
+// left open when a block closes is cloned again at the next text, and so is every other one
+// still open then (a parser keeps up to three alike, and any number that differ in their
+// attributes): "<p>" with a few hundred such elements, then "<p>x" over and over, makes each
+// 4 bytes of the page cost a few hundred elements.
+constexpr size_t kParseBudgetBase = 32 << 20;
+constexpr size_t kParseBudgetPerByte = 128;
+
+// Parses `html` within the arena's budget; null when the parse needed more. Between here and
+// the arena there are only the parser's frames (C, nothing to clean up) and everything they
+// allocated belongs to the arena, so the caller resets it and nothing is lost.
+GumboOutput* parseWithin(const GumboOptions& options, Arena& arena, string_view html) {
+    if (setjmp(arena.overBudget) != 0) return nullptr;
+    return gumbo_parse_with_options(&options, html.data(), html.size());
+}
 
 // The text of a page given as UTF-8.
 QString renderUtf8(string_view page) {
@@ -1404,14 +1442,26 @@ QString renderUtf8(string_view page) {
     // The prescan's changes hold where the parser reads the page as the prescan does; where it
     // does not (markup the prescan cannot place, such as a <style> inside an <svg>), the page is
     // parsed again with fewer of them.
+    //
+    // A parse that goes over the budget is given up, and the page read once more without its
+    // formatting elements, which only style the text they hold (the rare one that hides it or
+    // makes it a block now shows it inline), and so with nothing left to clone. Should even that
+    // not fit, the page gives no text.
+    arena.limit(kParseBudgetBase + kParseBudgetPerByte * page.size());
     GumboOutput* output = nullptr;
-    for (const unsigned changes : {Prescan::kConform | Prescan::kFaster, unsigned{Prescan::kConform}, 0u}) {
-        arena.reset();
-        const string_view parsed = prescan.run(changes);
-        output = gumbo_parse_with_options(&options, parsed.data(), parsed.size());
-        if (changes == 0 || prescanHeld(output->document, parsed, prescan.runs().size(), prescan.changedTags())) break;
+    for (const unsigned plain : {0u, unsigned{Prescan::kPlain}}) {
+        for (const unsigned changes : {Prescan::kConform | Prescan::kFaster, unsigned{Prescan::kConform}, 0u}) {
+            arena.reset();
+            const string_view parsed = prescan.run(changes | plain);
+            output = parseWithin(options, arena, parsed);
+            if (!output || changes == 0 ||
+                prescanHeld(output->document, parsed, prescan.runs().size(), prescan.changedTags()))
+                break;
+        }
+        if (output) break;
     }
-    renderText(output->root, prescan.runs(), s.text);
+    if (output) renderText(output->root, prescan.runs(), s.text);
+    else s.text.clear();
     const QString text = QString::fromUtf8(s.text.data(), static_cast<qsizetype>(s.text.size()));
     s.trim();
     return text;
