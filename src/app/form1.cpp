@@ -13,6 +13,8 @@
 #include "lookup/cleancall.h"
 #include "lookup/uclookup.h"
 #include "platform/platform.h"
+#include "app/nicknames.h"
+#include "db/form26.h"
 #include "setup/form2.h"
 #include "ui/beep.h"
 #include "ui/popupmenu.h"
@@ -494,8 +496,8 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     if (watched == lblSetup) {
-        // The editor window joins this menu when it exists.
-        showMenu(lblSetup, {{0, SetupMenuCaptions[0]}, {2, SetupMenuCaptions[2]}}, &Form1::MnuSetupClick);
+        showMenu(lblSetup, {{0, SetupMenuCaptions[0]}, {1, SetupMenuCaptions[1]}, {2, SetupMenuCaptions[2]}},
+                 &Form1::MnuSetupClick);
         return true;
     }
     return QWidget::eventFilter(watched, event);
@@ -522,6 +524,20 @@ void Form1::MnuSetupClick(int item) {
         auto* form2 = new Form2(g_, this);
         connect(form2, &Form2::closed, this, &Form1::RefreshDistance);
         form2->show();
+    }
+    if (item == 1) {
+        if (CountLoadedWindows(QStringLiteral("Form26")) >= 1) return;
+        auto* form26 = new Form26(g_, lstNicknames, this);
+        form26->setAttribute(Qt::WA_DeleteOnClose);
+        connect(form26, &Form26::Unloaded, this, [this](bool nicknamesChanged) {
+            // The nickname list is the main window's: it goes back to its file when it changed.
+            QString error;
+            if (nicknamesChanged &&
+                !SaveNicknames(g_.DataPath + QStringLiteral("/nicknames.txt"), lstNicknames, &error))
+                ShowUniMsgBox(this, error, 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+        });
+        form26->Form_Load();
+        form26->show();
     }
     if (item == 2) QDesktopServices::openUrl(QUrl::fromLocalFile(helpFile));
 }

@@ -7,6 +7,7 @@
 #include "ui/beep.h"
 #include "ui/popupmenu.h"
 #include "setup/form2.h"
+#include "db/form26.h"
 #include "lookup/callbookserver.h"
 
 #include <QApplication>
@@ -338,10 +339,10 @@ private slots:
         QCursor::setPos(form->lblSetup->mapToGlobal(QPoint(3, 3)));
         QTest::mouseClick(form->lblSetup, Qt::LeftButton, {}, QPoint(3, 3));
         QVERIFY(form->openMenu());
-        QCOMPARE(form->openMenu()->items().size(), 2);
+        QCOMPARE(form->openMenu()->items().size(), 3);
         QCOMPARE(form->openMenu()->items()[0].caption, g.Texts.MenuSetup);
-        QCOMPARE(form->openMenu()->items()[1].caption, g.Texts.MenuHelp);
-        QCOMPARE(form->openMenu()->items()[1].number, 2);
+        QCOMPARE(form->openMenu()->items()[1].caption, g.Texts.MenuDatabaseEditor);
+        QCOMPARE(form->openMenu()->items()[2].caption, g.Texts.MenuHelp);
         QTest::qWait(400);
         QVERIFY(form->openMenu());  // the mouse is still over it
         QCursor::setPos(10, 700);
@@ -371,6 +372,24 @@ private slots:
         // From Berlin to G4ABC, now in kilometres.
         QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("934 km 268\u00b0 "));
         QCOMPARE(settings::GetSetting(settings::kMyLatitude, ""), QString("52.52"));
+    }
+
+    void editorNicknamesReachTheirFile() {
+        ModuleValues g;
+        bool ok = false;
+        auto form = load(g, &ok);
+        QVERIFY(ok);
+        QVERIFY(settle(*form));
+        form->MnuSetupClick(1);
+        auto* editor = form->findChild<Form26*>();
+        QVERIFY(editor);
+        editor->txtCall->setText("W1XYZ");
+        editor->txtNickName->setText("Johnny");
+        editor->close();
+        QTRY_VERIFY(!form->findChild<Form26*>());
+        QFile file(data + "/nicknames.txt");
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("PA3XYZ*Jan\r\nG4ABC*Ally\r\nW1XYZ*Johnny\r\n"));
     }
 
     void lookupFailures_data() {

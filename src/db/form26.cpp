@@ -1,0 +1,661 @@
+#include "db/form26.h"
+
+#include "app/callflow.h"
+#include "app/form13.h"
+#include "common/vbtext.h"
+#include "db/calldatabase.h"
+#include "db/storestation.h"
+#include "lookup/cleancall.h"
+#include "lookup/uclookup.h"
+#include "ui/beep.h"
+#include "ui/unimsgbox.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QFileInfo>
+#include <QImage>
+#include <QItemSelectionModel>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QScrollBar>
+#include <algorithm>
+#include <optional>
+
+// ---------------------------------------------------------------------------------------------
+// The call list
+
+int CallListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(calls_.size());
+}
+
+QVariant CallListModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || index.row() >= calls_.size()) return {};
+    if (role == Qt::DisplayRole) return calls_.at(index.row());
+    // Every row is as high as every other: the view need not ask each one.
+    if (role == Qt::SizeHintRole) return QSize(1, rowHeight_);
+    return {};
+}
+
+void CallListModel::setCalls(QStringList calls) {
+    beginResetModel();
+    calls_ = std::move(calls);
+    endResetModel();
+}
+
+int FindStringExact(const QStringList& list, const QString& text) {
+    if (text.isEmpty()) return -1;
+    const qsizetype size = text.size();
+    for (qsizetype i = 0; i < list.size(); ++i) {
+        const QString& entry = list.at(i);
+        if (entry.size() == size && entry.compare(text, Qt::CaseInsensitive) == 0) return static_cast<int>(i);
+    }
+    return -1;
+}
+
+int FindString(const QStringList& list, const QString& text) {
+    if (text.isEmpty()) return -1;
+    for (qsizetype i = 0; i < list.size(); ++i)
+        if (list.at(i).startsWith(text, Qt::CaseInsensitive)) return static_cast<int>(i);
+    return -1;
+}
+
+QRect FitPicture(QSize natural) {
+    if (natural.isEmpty()) return {};
+    const QRect area = Form26::kPictureArea;
+    const qint64 w = natural.width(), h = natural.height();
+    int width = 0, height = 0;
+    if (w * area.height() >= h * area.width()) {
+        // Wider than the area: as wide as the area.
+        width = area.width();
+        height = std::max<int>(1, static_cast<int>((h * area.width() + w / 2) / w));
+    } else {
+        // Taller: as high as the area.
+        height = area.height();
+        width = std::max<int>(1, static_cast<int>((w * area.height() + h / 2) / h));
+    }
+    const QPoint centre = Form26::kPictureCentre;
+    return {centre.x() - width / 2, centre.y() - height / 2, width, height};
+}
+
+namespace {
+
+constexpr const char* kEntriesPrefix = "Number of callsigns in database = ";
+
+QLabel* makeLabel(QWidget* parent, const char* name) {
+    auto* label = new QLabel(parent);
+    label->setObjectName(QLatin1String(name));
+    // Texts come from the call-sign file and from web pages: never read as markup.
+    label->setTextFormat(Qt::PlainText);
+    return label;
+}
+
+QLineEdit* makeBox(QWidget* parent, const char* name) {
+    auto* box = new QLineEdit(parent);
+    box->setObjectName(QLatin1String(name));
+    return box;
+}
+
+QPushButton* makeButton(QWidget* parent, const char* name) {
+    auto* button = new QPushButton(parent);
+    button->setObjectName(QLatin1String(name));
+    button->setEnabled(false);
+    return button;
+}
+
+// The call as the record keeps it: trimmed and cut to the call field's width, so that the search
+// after a write looks for what was written.
+QString storedCall(const QString& typed) {
+    return vb::trim(vb::left(vb::trim(typed), CallRecord::kLayout[0].width));
+}
+
+// The known position of a station: the stations of the call-sign file itself. A record of the
+// call whose position is not 0, 0 gives it (sCall its call, sLat and sLon its latitude and
+// longitude as stored); so a position once typed in by hand survives a lookup on a service that
+// gives none.
+struct KnownPosition {
+    QString sCall;
+    QString sLat;
+    QString sLon;
+};
+
+std::optional<KnownPosition> knownPosition(CallDatabase& db, const QString& call) {
+    if (db.FindCallRecord(call) == 0) return std::nullopt;
+    const CallRecord& r = db.CurrentRecord;
+    const KnownPosition known{vb::trim(r.Call()), vb::trim(r.Lat()), vb::trim(r.Lon())};
+    if (vb::val(known.sLat) == 0 && vb::val(known.sLon) == 0) return std::nullopt;
+    return known;
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// The window
+
+Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
+    : QWidget(parent, Qt::Window), g_(values), nicknames_(nicknames) {
+    setObjectName(QStringLiteral("Form26"));
+    setWindowTitle(QStringLiteral("PX Callsigns"));
+
+    calls = new CallListModel(fontMetrics().height() + 2, this);
+    lstCall = new QListView(this);
+    lstCall->setObjectName(QStringLiteral("lstCall"));
+    lstCall->setModel(calls);
+    lstCall->setUniformItemSizes(true);
+    lstCall->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
+    lstCall->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    lstCall->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    lstCall->setSelectionMode(QAbstractItemView::SingleSelection);
+    lstCall->viewport()->setMouseTracking(true);
+    lstCall->viewport()->installEventFilter(this);
+    // A click, or the arrow keys, on the list: lstCall_Click. A selection the program makes
+    // (the search of the typed call, the call just added) is no click.
+    connect(lstCall->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        if (selecting_ > 0 || listIndex() < 0) return;
+        changedByPress_ = true;
+        lstCall_Click();
+    });
+    connect(lstCall, &QAbstractItemView::clicked, this, [this] {
+        if (!changedByPress_) lstCall_Click();  // a click on the row already selected
+    });
+
+    txtCall = makeBox(this, "txtCall");
+    txtName = makeBox(this, "txtName");
+    txtNickName = makeBox(this, "txtNickName");
+    txtAdd1 = makeBox(this, "txtAdd1");
+    txtAdd2 = makeBox(this, "txtAdd2");
+    txtCtry = makeBox(this, "txtCtry");
+    txtLat = makeBox(this, "txtLat");
+    txtLon = makeBox(this, "txtLon");
+    txtClass = makeBox(this, "txtClass");
+    txtYearBorn = makeBox(this, "txtYearBorn");
+    lblCall = makeLabel(this, "lblCall");
+    lblName = makeLabel(this, "lblName");
+    lblNickName = makeLabel(this, "lblNickName");
+    lblAdd1 = makeLabel(this, "lblAdd1");
+    lblAdd2 = makeLabel(this, "lblAdd2");
+    lblCtry = makeLabel(this, "lblCtry");
+    lblLat = makeLabel(this, "lblLat");
+    lblLon = makeLabel(this, "lblLon");
+    lblClass = makeLabel(this, "lblClass");
+    lblYearBorn = makeLabel(this, "lblYearBorn");
+    txtCall->installEventFilter(this);
+    connect(txtCall, &QLineEdit::textChanged, this, &Form26::txtCall_Change);
+    connect(txtName, &QLineEdit::textChanged, this, &Form26::txtName_Change);
+    connect(txtLat, &QLineEdit::textChanged, this, &Form26::txtLat_Change);
+    connect(txtLon, &QLineEdit::textChanged, this, &Form26::txtLon_Change);
+
+    cboDB = new QComboBox(this);
+    cboDB->setObjectName(QStringLiteral("cboDB"));
+    cmdLookup = makeButton(this, "cmdLookup");
+    cmdAddNewSite = makeButton(this, "cmdAddNewSite");
+    cmdDeleteSite = makeButton(this, "cmdDeleteSite");
+    cmdClose = makeButton(this, "cmdClose");
+    cmdClose->setEnabled(true);
+    connect(cmdLookup, &QPushButton::clicked, this, &Form26::cmdLookup_Click);
+    connect(cmdAddNewSite, &QPushButton::clicked, this, &Form26::cmdAddNewSite_Click);
+    connect(cmdDeleteSite, &QPushButton::clicked, this, &Form26::cmdDeleteSite_Click);
+    connect(cmdClose, &QPushButton::clicked, this, &Form26::cmdClose_Click);
+
+    lblEntries = makeLabel(this, "lblEntries");
+    lblInfo = makeLabel(this, "lblInfo");
+    lblInfo->setWordWrap(true);
+    Label4 = makeLabel(this, "Label4");
+    Label4->hide();
+    Image1 = makeLabel(this, "Image1");
+    Image1->setScaledContents(true);
+    Image1->setCursor(Qt::PointingHandCursor);
+    Image1->installEventFilter(this);
+    resetPicture();
+
+    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
+    connect(lookUp, &ucLookUp::GotPage, this, &Form26::ucLookUp_GotPage);
+    connect(lookUp, &ucLookUp::CallNotFound, this, &Form26::ucLookUp_CallNotFound);
+    connect(lookUp, &ucLookUp::LoginRequired, this, &Form26::ucLookUp_CallNotFound);
+    connect(lookUp, &ucLookUp::PageNotFound, this, &Form26::ucLookUp_Unreachable);
+    connect(lookUp, &ucLookUp::SiteNotFound, this, &Form26::ucLookUp_Unreachable);
+    connect(lookUp, &ucLookUp::PictureReady, this, &Form26::ucLookUp_PictureReady);
+    connect(lookUp, &ucLookUp::NoPic, this, [this] { setBusy(false); });
+}
+
+Form26::~Form26() { setBusy(false); }
+
+void Form26::layOutControls() {
+    lblInfo->setGeometry(8, 2, 880, 21);
+    const int frame = 2 * lstCall->frameWidth();
+    lstCall->setGeometry(8, 25, 120, kVisibleRows * calls->rowHeight() + frame);
+    // The picture area lies between the list and the record form; see kPictureArea.
+    const std::array<QLabel*, 10> captions{lblCall, lblName, lblNickName, lblAdd1, lblAdd2,
+                                           lblCtry, lblLat,  lblLon,      lblClass, lblYearBorn};
+    const std::array<QLineEdit*, 10> boxes{txtCall, txtName, txtNickName, txtAdd1, txtAdd2,
+                                           txtCtry, txtLat,  txtLon,      txtClass, txtYearBorn};
+    for (int i = 0; i < 10; ++i) {
+        captions[i]->setGeometry(588, 25 + 26 * i, 96, 24);
+        boxes[i]->setGeometry(684, 25 + 26 * i, 204, 24);
+    }
+    Label4->setGeometry(kPictureArea.left(), kPictureArea.bottom() + 4, kPictureArea.width(), 2 * fontMetrics().lineSpacing() + 4);
+    const int row = std::max(lstCall->geometry().bottom(), Label4->geometry().bottom()) + 10;
+    cmdLookup->setGeometry(8, row, 228, 28);
+    cboDB->setGeometry(242, row, 100, 28);
+    cmdAddNewSite->setGeometry(352, row, 228, 28);
+    cmdDeleteSite->setGeometry(588, row, 190, 28);
+    cmdClose->setGeometry(788, row, 100, 28);
+    lblEntries->setGeometry(8, row + 36, 560, 21);
+    setFixedSize(896, row + 36 + 21 + 8);
+}
+
+// 1.
+void Form26::Form_Load() {
+    const LanguageTexts& t = g_.Texts;
+    setWindowTitle(t.EditorTitle);
+    layOutControls();
+    lblInfo->setText(t.EditorInfo1 + u' ' + t.EditorInfo2 + u' ' + t.EditorInfo3 + u' ' + t.EditorInfo4);
+    showNotice(QString());
+    CallDatabase db(g_.callFilePath());
+    fillList(db);
+    lblEntries->setText(QString(t.EditorEntries).replace(QStringLiteral("xxx"), QString::number(calls->rowCount())));
+    const std::array<std::pair<QLabel*, QString>, 10> captions{{{lblCall, t.FieldCall},
+                                                                 {lblName, t.FieldName},
+                                                                 {lblNickName, t.FieldNickname},
+                                                                 {lblAdd1, t.FieldAdd1},
+                                                                 {lblAdd2, t.FieldAdd2},
+                                                                 {lblCtry, t.FieldCountry},
+                                                                 {lblLat, t.FieldLatitude},
+                                                                 {lblLon, t.FieldLongitude},
+                                                                 {lblClass, t.FieldClass},
+                                                                 {lblYearBorn, t.FieldYearBorn}}};
+    for (const auto& [label, text] : captions) label->setText(text + QStringLiteral(": "));
+    const QString callsign = QStringLiteral("callsign");
+    cmdAddNewSite->setText(withCall(t.EditorAdd, callsign));
+    cmdLookup->setText(lookupCaption(callsign));
+    cmdDeleteSite->setText(withCall(t.EditorDelete, callsign));
+    cmdClose->setText(t.CloseButton);
+
+    cboDB->clear();
+    for (const char* service : kServices) cboDB->addItem(QLatin1String(service));
+    cboDB->setCurrentIndex(-1);
+    connect(cboDB, &QComboBox::currentIndexChanged, this, &Form26::cboDB_Click, Qt::UniqueConnection);
+    // The list index is set to the saved service number itself: the number counts from 1 and the
+    // index from 0, so the box shows the service after the saved one, and the click that setting
+    // the index causes moves the number on by one. That is how the editor has always opened.
+    // A number that points past the last entry (5, HamCall) leaves the box without a selection
+    // and raises no click: the number and name stay as they are, and no lookup can be asked for
+    // until the user picks a service.
+    const int index = g_.ServiceNo;
+    if (index >= 0 && index < cboDB->count()) cboDB->setCurrentIndex(index);
+}
+
+// 2.
+void Form26::cboDB_Click(int index) {
+    if (index < 0) return;
+    g_.ServiceNo = static_cast<int16_t>(index + 1);
+    if (g_.ServiceNo >= 1 && g_.ServiceNo <= 5) g_.ServiceName = QLatin1String(kServiceDomains[g_.ServiceNo - 1]);
+    cmdLookup->setText(lookupCaption(txtCall->text()));
+    cmdLookup->setEnabled(!txtCall->text().isEmpty() && serviceChosen());
+}
+
+// 3.
+void Form26::cmdLookup_Click() {
+    LookupCall = txtCall->text();
+    if (LookupCall.isEmpty()) return;
+    setBusy(true);
+    QString call = LookupCall;
+    CleanCall(call);
+    if (call.isEmpty()) {
+        // Nothing a service could look up: said as a service would say it.
+        ucLookUp_CallNotFound(LookupCall);
+        return;
+    }
+    LookupCall = call;
+    lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
+    lookUp->GetPage(LookupCall);
+}
+
+// 4.
+void Form26::cmdAddNewSite_Click() { storeForm(); }
+
+void Form26::storeForm() {
+    const QString key = storedCall(txtCall->text());
+    if (key.isEmpty()) {
+        setBusy(false);
+        return;
+    }
+    CallDatabase db(g_.callFilePath());
+    const int32_t number = db.FindCallRecord(key);
+    db.ClearRecord();
+    CallRecord& r = db.CurrentRecord;
+    r.setField(CallField::Call, key);
+    r.setField(CallField::Name, txtName->text());
+    r.setField(CallField::Add1, txtAdd1->text());
+    r.setField(CallField::Add2, txtAdd2->text());
+    r.setField(CallField::Ctry, txtCtry->text());
+    r.setField(CallField::Lat, txtLat->text());
+    r.setField(CallField::Lon, txtLon->text());
+    r.setField(CallField::Class, txtClass->text());
+    r.setField(CallField::YearBorn, txtYearBorn->text());
+    bool written = true;
+    if (number == 0) {
+        // Appended and sorted in one write: the file is never left with the call unsorted at
+        // its end.
+        written = db.AppendSorted();
+        lstCall->setUpdatesEnabled(false);
+        fillList(db);
+        const int index = FindStringExact(calls->calls(), key);
+        setListIndex(index);
+        // Near the bottom of the visible rows, 14 rows above it.
+        if (index >= kVisibleRows) setTopIndex(index - (kVisibleRows - 1));
+        lstCall->setUpdatesEnabled(true);
+        showCount();
+    } else {
+        written = db.UpdateRecord(number);
+    }
+    // The file is unchanged when it could not be written; say why rather than pretend.
+    if (!written) showNotice(db.lastError());
+    setBusy(false);
+}
+
+// 5.
+void Form26::cmdDeleteSite_Click() {
+    lstCall->setUpdatesEnabled(false);
+    const int top = topIndex();
+    CallDatabase db(g_.callFilePath());
+    const bool written = db.DeleteCallRecord(vb::trim(txtCall->text()));
+    fillList(db);
+    showCount();
+    setTopIndex(top);
+    lstCall->setUpdatesEnabled(true);
+    for (QLineEdit* box : {txtCall, txtName, txtNickName, txtAdd1, txtAdd2, txtCtry, txtLat, txtLon, txtClass, txtYearBorn})
+        box->setText(QString());
+    resetPicture();
+    if (!written) showNotice(db.lastError());
+}
+
+// 6.
+void Form26::lstCall_Click() {
+    Label4->hide();
+    resetPicture();
+    const int index = listIndex();
+    if (index < 0) return;
+    const QString call = calls->calls().at(index);
+    LookupCall = call;
+    CallDatabase db(g_.callFilePath());
+    db.ClearRecord();
+    const bool found = db.FindCallRecord(call) > 0;
+    const CallRecord& r = db.CurrentRecord;
+    txtCall->setText(found ? vb::trim(r.Call()) : call);
+    txtName->setText(vb::trim(r.Name()));
+    txtAdd1->setText(vb::trim(r.Add1()));
+    txtAdd2->setText(vb::trim(r.Add2()));
+    txtCtry->setText(vb::trim(r.Ctry()));
+    txtLat->setText(vb::trim(r.Lat()));
+    txtLon->setText(vb::trim(r.Lon()));
+    txtClass->setText(vb::trim(r.Class()));
+    txtYearBorn->setText(vb::trim(r.YearBorn()));
+    cmdDeleteSite->setEnabled(true);
+    cmdAddNewSite->setEnabled(true);
+    cmdLookup->setEnabled(serviceChosen());
+    cmdDeleteSite->setText(withCall(g_.Texts.EditorDelete, call));
+    cmdAddNewSite->setText(withCall(g_.Texts.EditorAdd, call));
+    cmdLookup->setText(lookupCaption(call));
+    showPicture(call);
+    setBusy(false);
+}
+
+// 7. The wheel then scrolls the list under the mouse.
+void Form26::lstCall_MouseMove() { lstCall->setFocus(); }
+
+// 8.
+QString Form26::txtCall_KeyPress(const QString& key) {
+    QString put = key;
+    if (key.size() == 1 && key[0].unicode() >= 97 && key[0].unicode() <= 122) put = QChar(key[0].unicode() - 32);
+    editing = true;
+    for (QLineEdit* box : {txtName, txtAdd1, txtAdd2, txtCtry, txtLat, txtLon, txtClass, txtYearBorn}) box->setText(QString());
+    showNotice(QString());
+    resetPicture();
+    return put;
+}
+
+// 9.
+void Form26::txtCall_Change() {
+    const QString text = txtCall->text();
+    txtNickName->setText(QString());
+    setListIndex(FindStringExact(calls->calls(), text));
+    cmdLookup->setText(lookupCaption(text));
+    cmdAddNewSite->setText(withCall(g_.Texts.EditorAdd, text));
+    // The delete button names the call it deletes: never one clicked before.
+    cmdDeleteSite->setText(withCall(g_.Texts.EditorDelete, text));
+    if (listIndex() >= 0) {
+        cmdDeleteSite->setEnabled(true);
+        // By prefix on purpose: a shorter call may show the nickname of a longer one.
+        const int entry = FindString(nicknames_, text);
+        if (entry >= 0) txtNickName->setText(nicknames_.at(entry).split(u'*').value(1));
+    } else {
+        cmdDeleteSite->setEnabled(false);
+    }
+    cmdAddNewSite->setEnabled(!text.isEmpty() && !txtName->text().isEmpty());
+    cmdLookup->setEnabled(!text.isEmpty() && serviceChosen());
+}
+
+// 10.
+void Form26::txtName_Change() { cmdAddNewSite->setEnabled(!txtCall->text().isEmpty() && !txtName->text().isEmpty()); }
+
+// 11.
+void Form26::txtLat_Change() { coordinateNotice(txtLat->text()); }
+void Form26::txtLon_Change() { coordinateNotice(txtLon->text()); }
+
+void Form26::coordinateNotice(const QString& text) {
+    if (!text.endsWith(u'*')) return;
+    showNotice(QStringLiteral("* Coordinates not available from ") + g_.ServiceName + u'\n' +
+               QStringLiteral("    Derived from address or zipcode."));
+}
+
+// 12. A page arrived: the station's fields into the form, and kept in the file.
+void Form26::ucLookUp_GotPage(const QString& call, bool) {
+    // The name first: it decides whether the page holds a station (and raises the events that
+    // say why not), and the address fields go on from where it stopped.
+    const QString name = lookUp->cName(call);
+    if (!name.isEmpty()) {
+        txtCall->setText(call);
+        txtName->setText(name);
+        txtAdd1->setText(lookUp->Add1());
+        txtAdd2->setText(lookUp->Add2());
+        txtCtry->setText(lookUp->ctry());
+        txtLat->setText(CoordinateText(lookUp->Latitude()));
+        txtLon->setText(CoordinateText(lookUp->Longitude()));
+        txtClass->setText(vb::trim(lookUp->Class().trimmed()));
+        txtYearBorn->setText(YearOf(lookUp->DateOfBirth()));
+        g_.OtherLat = vb::val(txtLat->text());
+        g_.OtherLon = vb::val(txtLon->text());
+        if (g_.OtherLat == 0 && g_.OtherLon == 0) {
+            CallDatabase db(g_.callFilePath());
+            if (const auto known = knownPosition(db, call)) {
+                txtLat->setText(known->sLat);
+                txtLon->setText(known->sLon);
+            }
+        }
+        storeForm();
+        // The station's picture comes next (15).
+        lookUp->GetPicture(call);
+    }
+    setBusy(false);
+}
+
+// 13. The service has no station under this call (or wants a login first).
+void Form26::ucLookUp_CallNotFound(const QString& call) {
+    showNotice(call + QStringLiteral(" not found on ") + g_.ServiceName);
+    cmdAddNewSite->setEnabled(false);
+    cmdDeleteSite->setEnabled(false);
+    setBusy(false);
+    sound::Beep(700, 100);
+}
+
+// 14. The service could not be asked: it did not answer, or answered with an error.
+void Form26::ucLookUp_Unreachable(const QString&) {
+    setBusy(false);
+    ShowUniMsgBox(this, cboDB->currentText() + u' ' + g_.Texts.ServiceUnreachable, 64, QStringLiteral("PX callsigns"),
+                  QStringLiteral("Ok"));
+}
+
+// 15. The picture of a looked-up station: kept in the cache and shown while its call is in the form.
+void Form26::ucLookUp_PictureReady(const QString& call) {
+    // Only a picture may go into the cache (a page that arrived late comes here too).
+    if (!QImage::fromData(g_.DownloadBuffer).isNull()) {
+        QSaveFile out(PictureCachePath(g_.DataPath, call));
+        if (out.open(QIODevice::WriteOnly)) {
+            out.write(g_.DownloadBuffer);
+            out.commit();
+        }
+    }
+    if (call == vb::trim(txtCall->text())) showPicture(call);
+    setBusy(false);
+}
+
+// 16. The left button shows the picture at its natural size.
+void Form26::Image1_MouseDown(Qt::MouseButton button) {
+    if (button != Qt::LeftButton || pictureCall_.isEmpty()) return;
+    const QPixmap full(PictureCachePath(g_.DataPath, pictureCall_));
+    if (full.isNull()) return;
+    auto* form13 = new Form13(full, this);
+    form13->move(QCursor::pos() - QPoint(full.width() / 2, full.height() / 2));
+    form13->show();
+    QCursor::setPos(form13->geometry().center());
+}
+
+// 17.
+void Form26::cmdClose_Click() { close(); }
+
+void Form26::Form_Unload() {
+    if (unloaded_) return;
+    unloaded_ = true;
+    const QStringList before = nicknames_;
+    const QString call = txtCall->text();
+    const QString nickname = txtNickName->text();
+    // Without a call there is nothing to hand back (and the prefix search for "" would take the
+    // first entry of the list for this call's).
+    if (!call.isEmpty()) {
+        const QString entry = call + u'*' + nickname;
+        const int found = FindString(nicknames_, call);
+        if (found < 0) {
+            if (!nickname.isEmpty()) nicknames_.append(entry);
+        } else if (nicknames_.at(found) != entry) {
+            nicknames_.removeAt(found);
+            nicknames_.append(entry);
+        }
+    }
+    emit Unloaded(nicknames_ != before);
+}
+
+void Form26::closeEvent(QCloseEvent* event) {
+    Form_Unload();
+    event->accept();
+}
+
+bool Form26::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == txtCall && event->type() == QEvent::KeyPress) {
+        auto* key = static_cast<QKeyEvent*>(event);
+        // Only keys that type a character; Tab moves the focus.
+        if (key->text().isEmpty() || key->key() == Qt::Key_Tab || key->key() == Qt::Key_Backtab) return false;
+        const QString put = txtCall_KeyPress(key->text());
+        if (put == key->text()) return false;
+        txtCall->insert(put);
+        return true;
+    }
+    if (watched == lstCall->viewport()) {
+        if (event->type() == QEvent::MouseMove) lstCall_MouseMove();
+        if (event->type() == QEvent::MouseButtonPress) changedByPress_ = false;
+        return false;
+    }
+    if (watched == Image1 && event->type() == QEvent::MouseButtonPress) {
+        Image1_MouseDown(static_cast<QMouseEvent*>(event)->button());
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Helpers
+
+int Form26::listIndex() const {
+    const QModelIndexList selected = lstCall->selectionModel()->selectedIndexes();
+    return selected.isEmpty() ? -1 : selected.first().row();
+}
+
+void Form26::setListIndex(int index) {
+    ++selecting_;
+    if (index < 0 || index >= calls->rowCount())
+        lstCall->selectionModel()->clear();
+    else
+        lstCall->selectionModel()->setCurrentIndex(calls->index(index), QItemSelectionModel::ClearAndSelect);
+    --selecting_;
+}
+
+int Form26::topIndex() const {
+    // One scroll step is one row.
+    return calls->rowCount() == 0 ? 0 : lstCall->verticalScrollBar()->value();
+}
+
+void Form26::setTopIndex(int index) {
+    if (calls->rowCount() == 0) return;
+    // Past the last full screen the list goes as far as it can, as a list box does.
+    lstCall->scrollTo(calls->index(std::clamp(index, 0, calls->rowCount() - 1)), QAbstractItemView::PositionAtTop);
+}
+
+void Form26::fillList(CallDatabase& db) {
+    QStringList list = calls->calls();  // kept as it is when there is no file
+    db.FillCallList(list);
+    ++selecting_;
+    calls->setCalls(std::move(list));
+    --selecting_;
+    // A list filled anew shows its first rows, as a list box does.
+    lstCall->scrollToTop();
+}
+
+void Form26::showCount() { lblEntries->setText(QLatin1String(kEntriesPrefix) + QString::number(calls->rowCount())); }
+
+void Form26::showNotice(const QString& text) {
+    Label4->setText(text);
+    Label4->setVisible(!text.isEmpty());
+}
+
+void Form26::resetPicture() {
+    Image1->hide();
+    Image1->clear();
+    Image1->setGeometry(QRect(kPictureHome, QSize(0, 0)));
+    pictureCall_.clear();
+}
+
+void Form26::showPicture(const QString& call) {
+    const QString file = PictureCachePath(g_.DataPath, call);
+    if (!QFileInfo(file).isFile()) return;
+    const QPixmap pixmap(file);
+    if (pixmap.isNull()) return;
+    Image1->hide();
+    Image1->setPixmap(pixmap);
+    Image1->setGeometry(FitPicture(pixmap.size()));
+    Image1->show();
+    pictureCall_ = call;
+}
+
+QPixmap Form26::picture() const { return Image1->pixmap(); }
+
+bool Form26::serviceChosen() const { return cboDB->currentIndex() >= 0; }
+
+QString Form26::withCall(const QString& text, const QString& call) const {
+    return QString(text).replace(QStringLiteral("???"), call);
+}
+
+QString Form26::lookupCaption(const QString& call) const {
+    return withCall(g_.Texts.EditorLookup, call).replace(QStringLiteral("***"), g_.ServiceName);
+}
+
+void Form26::setBusy(bool busy) {
+    if (busy == busy_) return;
+    busy_ = busy;
+    if (busy) QApplication::setOverrideCursor(Qt::WaitCursor);
+    else QApplication::restoreOverrideCursor();
+}

@@ -1,0 +1,159 @@
+#pragma once
+// The call-sign file editor: the sorted list of every stored call, a form of the record's nine
+// fields and the nickname, buttons to add or update, delete and look the call up on a call-book
+// service, and the station picture from the picture cache.
+#include "app/modulevalues.h"
+
+#include <QAbstractListModel>
+#include <QPixmap>
+#include <QRect>
+#include <QStringList>
+#include <QWidget>
+#include <array>
+
+class CallDatabase;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QListView;
+class QPushButton;
+class ucLookUp;
+
+// The calls of the file for the list view, one string per record and no widget item per row:
+// a list of a million calls is filled in one step and drawn a screenful at a time.
+class CallListModel : public QAbstractListModel {
+    Q_OBJECT
+
+public:
+    explicit CallListModel(int rowHeight, QObject* parent = nullptr)
+        : QAbstractListModel(parent), rowHeight_(rowHeight) {}
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+
+    void setCalls(QStringList calls);
+    const QStringList& calls() const { return calls_; }
+    int rowHeight() const { return rowHeight_; }
+
+private:
+    QStringList calls_;
+    int rowHeight_;
+};
+
+// The two searches of a list box, both from the top and without regard to case. "" finds nothing.
+// The first entry equal to text, else -1.
+int FindStringExact(const QStringList& list, const QString& text);
+// The first entry that begins with text, else -1.
+int FindString(const QStringList& list, const QString& text);
+
+// Where the editor shows a station picture of this natural size: scaled to fill the picture area
+// as far as its aspect allows (wide pictures to the area's width, tall ones to its height) and
+// centred on the point 356, 147. An empty rectangle for an empty size.
+QRect FitPicture(QSize natural);
+
+class Form26 : public QWidget {
+    Q_OBJECT
+
+public:
+    // The service box's entries; "CallLook" is spelt so here on purpose.
+    static constexpr std::array<const char*, 5> kServices{"eHam", "QRZ", "QRZCQ", "CallLook", "HamCall"};
+    // The service names the editor gives the program (captions, messages), by service number - 1.
+    static constexpr std::array<const char*, 5> kServiceDomains{"eHam.net", "QRZ.com", "QRZCQ.com", "Callook.info",
+                                                                 "HamCall.net"};
+    static constexpr int kVisibleRows = 15;
+    static constexpr QRect kPictureArea{136, 25, 440, 244};  // centred on 356, 147
+    static constexpr QPoint kPictureCentre{356, 147};
+    static constexpr QPoint kPictureHome{340, 25};           // where an empty picture waits
+
+    // values: the program-wide values (data folder, service, texts, download buffer).
+    // nicknames: the main window's nickname list ("CALL*nickname" entries); it is read while the
+    // editor runs and receives the nickname of the call in the form when the editor closes.
+    Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent = nullptr);
+    ~Form26() override;
+
+    // The handlers, named as the controls and events they belong to.
+    void Form_Load();
+    void cboDB_Click(int index);
+    void cmdLookup_Click();
+    void cmdAddNewSite_Click();
+    void cmdDeleteSite_Click();
+    void lstCall_Click();
+    void lstCall_MouseMove();
+    // Returns the character that goes into the box: a to z as A to Z, anything else unchanged.
+    QString txtCall_KeyPress(const QString& key);
+    void txtCall_Change();
+    void txtName_Change();
+    void txtLat_Change();
+    void txtLon_Change();
+    void Image1_MouseDown(Qt::MouseButton button);
+    void cmdClose_Click();
+    void Form_Unload();
+
+    // The list box's view of the list: its selection and its first visible row.
+    int listIndex() const;
+    void setListIndex(int index);
+    int topIndex() const;
+    void setTopIndex(int index);
+
+    // The picture shown ("" and an empty picture when none).
+    QPixmap picture() const;
+    const QString& pictureCall() const { return pictureCall_; }
+
+    // The call of the last lookup or list click.
+    QString LookupCall;
+    // Set by any key typed into txtCall.
+    bool editing = false;
+
+    QListView* lstCall;
+    CallListModel* calls;
+    QLineEdit *txtCall, *txtName, *txtNickName, *txtAdd1, *txtAdd2, *txtCtry, *txtLat, *txtLon, *txtClass,
+        *txtYearBorn;
+    QLabel *lblCall, *lblName, *lblNickName, *lblAdd1, *lblAdd2, *lblCtry, *lblLat, *lblLon, *lblClass,
+        *lblYearBorn;
+    QComboBox* cboDB;
+    QPushButton *cmdLookup, *cmdAddNewSite, *cmdDeleteSite, *cmdClose;
+    QLabel* lblEntries;
+    QLabel* lblInfo;
+    QLabel* Label4;
+    QLabel* Image1;
+    ucLookUp* lookUp;
+
+signals:
+    // After the nickname hand-back of closing; changed when the nickname list differs from before.
+    void Unloaded(bool nicknamesChanged);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    // Lookup events: 12 a page arrived, 13 the service has no station for the call, 14 the
+    // service could not be asked, 15 a picture arrived.
+    void ucLookUp_GotPage(const QString& call, bool loggedIn);
+    void ucLookUp_CallNotFound(const QString& call);
+    void ucLookUp_Unreachable(const QString& call);
+    void ucLookUp_PictureReady(const QString& call);
+
+    // The form kept in the file: find, clear, copy the nine boxes, then append + sort (and show
+    // the new call in the list) or update in place.
+    void storeForm();
+    void fillList(CallDatabase& db);
+    void showCount();
+    void showNotice(const QString& text);
+    void coordinateNotice(const QString& text);
+    void resetPicture();
+    void showPicture(const QString& call);
+    bool serviceChosen() const;
+    void setBusy(bool busy);
+    void layOutControls();
+    QString withCall(const QString& text, const QString& call) const;
+    QString lookupCaption(const QString& call) const;
+
+    ModuleValues& g_;
+    QStringList& nicknames_;
+    QString pictureCall_;
+    bool busy_ = false;
+    bool unloaded_ = false;
+    int selecting_ = 0;          // > 0 while the program itself moves the list's selection
+    bool changedByPress_ = false;  // the current mouse press already changed the selection
+};
