@@ -116,8 +116,8 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     connect(lookUp, &ucLookUp::PictureReady, this, &Form1::onPictureReady);
     connect(lookUp, &ucLookUp::LoginRequired, this, &Form1::onLoginRequired);
     // No text for these two, but the busy pointer must not outlive the request.
-    connect(lookUp, &ucLookUp::SiteNotFound, this, [this] { setBusy(false); });
-    connect(lookUp, &ucLookUp::NoPic, this, [this] { setBusy(false); });
+    connect(lookUp, &ucLookUp::SiteNotFound, this, [this] { busy_.set(false); });
+    connect(lookUp, &ucLookUp::NoPic, this, [this] { busy_.set(false); });
     helpFile = DefaultDataFolder(QCoreApplication::applicationDirPath()) + QStringLiteral("/Help.txt");
 
     QFont callFont = lblCall->font();
@@ -131,8 +131,6 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     });
     connect(cmdUpdate, &QPushButton::clicked, this, &Form1::cmdUpdate_Click);
 }
-
-Form1::~Form1() { setBusy(false); }
 
 bool Form1::Form_Load() {
     // 1. Always on top.
@@ -265,13 +263,6 @@ QString Form1::updateCaption() const {
     return QString(g_.Texts.UpdateButton).replace(QStringLiteral("***"), u' ' + cboDB->currentText());
 }
 
-void Form1::setBusy(bool busy) {
-    if (busy == busy_) return;
-    busy_ = busy;
-    if (busy) QApplication::setOverrideCursor(Qt::WaitCursor);
-    else QApplication::restoreOverrideCursor();
-}
-
 void Form1::failureBeep() { sound::Beep(700, 100); }
 
 void Form1::clearStation() {
@@ -304,7 +295,7 @@ void Form1::LookUpCall(const QString& typed) {
         cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
         return;
     }
-    setBusy(true);
+    busy_.set(true);
     CallDatabase db(g_.callFilePath());
     if (db.FindCallRecord(call) > 0 && !vb::trim(db.CurrentRecord.Name()).isEmpty()) {
         ShowDbRecord(db.CurrentRecord);
@@ -330,7 +321,7 @@ void Form1::ShowDbRecord(const CallRecord& record) {
     DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
     lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
     showPictureFromCache();
-    setBusy(false);
+    busy_.set(false);
 }
 
 void Form1::cmdUpdate_Click() {
@@ -339,7 +330,7 @@ void Form1::cmdUpdate_Click() {
     lblCall->setText(QString(g_.Texts.Contacting).replace(QStringLiteral("***"), g_.ServiceName) + QStringLiteral(". . ."));
     for (QLabel* label : {lblName, lblAdd1, lblAdd2, lblCtry, lblDxAz}) label->clear();
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    setBusy(true);
+    busy_.set(true);
     lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
     lookUp->GetPage(g_.CurrentCall);
 }
@@ -356,10 +347,10 @@ void Form1::cboDB_Click(int index) {
     // The first click is the one loading causes: it asks about the login. Later ones look the
     // shown station up again on the new service.
     if (startupFlag_) {
-        setBusy(true);
+        busy_.set(true);
         lookUp->IsLoggedIn(g_.MyCall);
     } else if (!g_.CurrentCall.isEmpty()) {
-        setBusy(true);
+        busy_.set(true);
         lookUp->GetPage(g_.CurrentCall);
     }
     startupFlag_ = false;
@@ -371,7 +362,7 @@ void Form1::onLoginChecked(const QString&, bool loggedIn) {
     else if (g_.ServiceNo == 4) text = g_.Texts.LoginNotNeededCallook;
     else text = loggedIn ? g_.Texts.LoggedIn : g_.Texts.NotLoggedIn;
     lblStatus->setText(text.replace(QStringLiteral("***"), g_.ServiceName));
-    setBusy(false);
+    busy_.set(false);
 }
 
 void Form1::onGotPage(const QString& call, bool loggedIn) {
@@ -382,7 +373,7 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
         if (g_.ServiceNo != 3 && g_.ServiceNo != 4) {
             clearStation();
             failureBeep();
-            setBusy(false);
+            busy_.set(false);
         }
         if (g_.ServiceNo == 4) lblStatus->setText(g_.Texts.CallookStatus);
     }
@@ -394,7 +385,7 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
     if (name.isEmpty()) {
         // Nothing is kept from a page without a station.
         cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
-        setBusy(false);
+        busy_.set(false);
         return;
     }
     g_.CurrentCall = call;
@@ -423,21 +414,21 @@ void Form1::onPageNotFound(const QString& id) {
     lblCall->setText(g_.Texts.NotFound + id);
     lblName->clear();
     cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
-    setBusy(false);
+    busy_.set(false);
     failureBeep();
 }
 
 void Form1::onCallNotFound(const QString& ca) {
     lblCall->setText(g_.Texts.NotFound + u' ' + ca);
     lblName->clear();
-    setBusy(false);
+    busy_.set(false);
     failureBeep();
 }
 
 void Form1::onLoginRequired(const QString&) {
     lblName->clear();
     lblCall->setText(g_.Texts.LoginRequired);
-    setBusy(false);
+    busy_.set(false);
     failureBeep();
 }
 
@@ -453,7 +444,7 @@ void Form1::onPictureReady(const QString& id) {
     }
     // Only the station on show gets its picture shown.
     if (QFileInfo(file).isFile() && id == g_.CurrentCall) showPicture(file, 20);
-    setBusy(false);
+    busy_.set(false);
 }
 
 void Form1::showPictureFromCache() {

@@ -3,6 +3,8 @@
 #include "app/modulevalues.h"
 #include "db/callrecord.h"
 
+#include "ui/windowhelpers.h"
+
 #include <QStringList>
 #include <QWidget>
 #include <array>
@@ -26,7 +28,6 @@ public:
     static constexpr std::array<const char*, 5> kServices{"eHam", "QRZ", "QRZCQ", "CALLOOK", "HamCall"};
 
     explicit Form1(ModuleValues& values, QWidget* parent = nullptr);
-    ~Form1() override;
 
     // Loads the window as described in its steps; false when the program has to end (the
     // message has been shown).
@@ -98,7 +99,6 @@ private:
     void showMenu(QLabel* at, const QList<struct MenuItem>& items, void (Form1::*handler)(int));
     void tmrMenus_Timer();
     void failureBeep();
-    void setBusy(bool busy);
     void createTrayIcon();
     void layOutControls();
     void clearStation();
@@ -109,5 +109,5 @@ private:
     bool unloading_ = false;
     QSystemTrayIcon* tray_ = nullptr;
     PopupMenu* menu_ = nullptr;
-    bool busy_ = false;
+    BusyPointer busy_;
 };

@@ -10,6 +10,8 @@
 #include "ui/beep.h"
 #include "ui/unimsgbox.h"
 
+#include "ui/windowhelpers.h"
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
@@ -220,10 +222,8 @@ Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
     connect(lookUp, &ucLookUp::PageNotFound, this, &Form26::ucLookUp_Unreachable);
     connect(lookUp, &ucLookUp::SiteNotFound, this, &Form26::ucLookUp_Unreachable);
     connect(lookUp, &ucLookUp::PictureReady, this, &Form26::ucLookUp_PictureReady);
-    connect(lookUp, &ucLookUp::NoPic, this, [this] { setBusy(false); });
+    connect(lookUp, &ucLookUp::NoPic, this, [this] { busy_.set(false); });
 }
-
-Form26::~Form26() { setBusy(false); }
 
 void Form26::layOutControls() {
     lblInfo->setGeometry(8, 2, 880, 21);
@@ -303,7 +303,7 @@ void Form26::cboDB_Click(int index) {
 void Form26::cmdLookup_Click() {
     LookupCall = txtCall->text();
     if (LookupCall.isEmpty()) return;
-    setBusy(true);
+    busy_.set(true);
     QString call = LookupCall;
     CleanCall(call);
     if (call.isEmpty()) {
@@ -322,7 +322,7 @@ void Form26::cmdAddNewSite_Click() { storeForm(); }
 void Form26::storeForm() {
     const QString key = storedCall(txtCall->text());
     if (key.isEmpty()) {
-        setBusy(false);
+        busy_.set(false);
         return;
     }
     CallDatabase db(g_.callFilePath());
@@ -356,7 +356,7 @@ void Form26::storeForm() {
     }
     // The file is unchanged when it could not be written; say why rather than pretend.
     if (!written) showNotice(db.lastError());
-    setBusy(false);
+    busy_.set(false);
 }
 
 // 5.
@@ -403,7 +403,7 @@ void Form26::lstCall_Click() {
     cmdAddNewSite->setText(withCall(g_.Texts.EditorAdd, call));
     cmdLookup->setText(lookupCaption(call));
     showPicture(call);
-    setBusy(false);
+    busy_.set(false);
 }
 
 // 7. The wheel then scrolls the list under the mouse.
@@ -482,7 +482,7 @@ void Form26::ucLookUp_GotPage(const QString& call, bool) {
         // The station's picture comes next (15).
         lookUp->GetPicture(call);
     }
-    setBusy(false);
+    busy_.set(false);
 }
 
 // 13. The service has no station under this call (or wants a login first).
@@ -490,13 +490,13 @@ void Form26::ucLookUp_CallNotFound(const QString& call) {
     showNotice(call + QStringLiteral(" not found on ") + g_.ServiceName);
     cmdAddNewSite->setEnabled(false);
     cmdDeleteSite->setEnabled(false);
-    setBusy(false);
+    busy_.set(false);
     sound::Beep(700, 100);
 }
 
 // 14. The service could not be asked: it did not answer, or answered with an error.
 void Form26::ucLookUp_Unreachable(const QString&) {
-    setBusy(false);
+    busy_.set(false);
     ShowUniMsgBox(this, cboDB->currentText() + u' ' + g_.Texts.ServiceUnreachable, 64, QStringLiteral("PX callsigns"),
                   QStringLiteral("Ok"));
 }
@@ -512,7 +512,7 @@ void Form26::ucLookUp_PictureReady(const QString& call) {
         }
     }
     if (call == vb::trim(txtCall->text())) showPicture(call);
-    setBusy(false);
+    busy_.set(false);
 }
 
 // 16. The left button shows the picture at its natural size.
@@ -653,9 +653,3 @@ QString Form26::lookupCaption(const QString& call) const {
     return withCall(g_.Texts.EditorLookup, call).replace(QStringLiteral("***"), g_.ServiceName);
 }
 
-void Form26::setBusy(bool busy) {
-    if (busy == busy_) return;
-    busy_ = busy;
-    if (busy) QApplication::setOverrideCursor(Qt::WaitCursor);
-    else QApplication::restoreOverrideCursor();
-}

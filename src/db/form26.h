@@ -4,6 +4,8 @@
 // service, and the station picture from the picture cache.
 #include "app/modulevalues.h"
 
+#include "ui/windowhelpers.h"
+
 #include <QAbstractListModel>
 #include <QPixmap>
 #include <QRect>
@@ -69,7 +71,6 @@ public:
     // nicknames: the main window's nickname list ("CALL*nickname" entries); it is read while the
     // editor runs and receives the nickname of the call in the form when the editor closes.
     Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent = nullptr);
-    ~Form26() override;
 
     // The handlers, named as the controls and events they belong to.
     void Form_Load();
@@ -144,7 +145,6 @@ private:
     void resetPicture();
     void showPicture(const QString& call);
     bool serviceChosen() const;
-    void setBusy(bool busy);
     void layOutControls();
     QString withCall(const QString& text, const QString& call) const;
     QString lookupCaption(const QString& call) const;
@@ -152,7 +152,7 @@ private:
     ModuleValues& g_;
     QStringList& nicknames_;
     QString pictureCall_;
-    bool busy_ = false;
+    BusyPointer busy_;
     bool unloaded_ = false;
     int selecting_ = 0;          // > 0 while the program itself moves the list's selection
     bool changedByPress_ = false;  // the current mouse press already changed the selection

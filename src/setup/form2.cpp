@@ -70,7 +70,7 @@ Form2::Form2(ModuleValues& values, QWidget* parent) : QWidget(parent, Qt::Window
     lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
     connect(lookUp, &ucLookUp::GotPage, this, &Form2::onGotPage);
     for (auto failed : {&ucLookUp::LoginRequired, &ucLookUp::PageNotFound, &ucLookUp::CallNotFound})
-        connect(lookUp, failed, this, [this] { setBusy(false); });
+        connect(lookUp, failed, this, [this] { busy_.set(false); });
 
     // Load: the saved call, the program-wide position and unit.
     txtCall->setText(settings::GetSetting(settings::kMyCallsign, QString()));
@@ -101,15 +101,6 @@ Form2::Form2(ModuleValues& values, QWidget* parent) : QWidget(parent, Qt::Window
     SetTopMost(this, true);
 }
 
-Form2::~Form2() { setBusy(false); }
-
-void Form2::setBusy(bool busy) {
-    if (busy == busy_) return;
-    busy_ = busy;
-    if (busy) QApplication::setOverrideCursor(Qt::WaitCursor);
-    else QApplication::restoreOverrideCursor();
-}
-
 void Form2::ShowGrid() {
     const QString grid = GridSquare(g_.MyLat, g_.MyLon);
     lblGrid->setText(grid.isEmpty() ? QString() : g_.Texts.SetupGrid + QStringLiteral(":   ") + grid);
@@ -125,14 +116,14 @@ void Form2::cmdGetLatLon_Click() {
         return;
     }
     lookUp->setDatabase(g_.ServiceNo);
-    setBusy(true);
+    busy_.set(true);
     lookUp->GetPage(g_.MyCall);
 }
 
 void Form2::onGotPage(const QString&, bool) {
     txtLat->setText(CoordinateText(lookUp->Latitude()));
     txtLon->setText(CoordinateText(lookUp->Longitude()));
-    setBusy(false);
+    busy_.set(false);
     QString status;
     switch (g_.ServiceNo) {
     case 1:

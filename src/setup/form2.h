@@ -3,6 +3,8 @@
 // its grid square, and the unit of every distance shown.
 #include "app/modulevalues.h"
 
+#include "ui/windowhelpers.h"
+
 #include <QWidget>
 
 class QLabel;
@@ -16,7 +18,6 @@ class Form2 : public QWidget {
 
 public:
     explicit Form2(ModuleValues& values, QWidget* parent = nullptr);
-    ~Form2() override;
 
     // The grid line from the program-wide own position: caption, ":   ", six characters; empty
     // beyond 90 degrees of latitude.
@@ -47,8 +48,7 @@ protected:
 private:
     void cmdGetLatLon_Click();
     void onGotPage(const QString& call, bool loggedIn);
-    void setBusy(bool busy);
 
     ModuleValues& g_;
-    bool busy_ = false;
+    BusyPointer busy_;
 };

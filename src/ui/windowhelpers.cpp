@@ -39,3 +39,10 @@ bool IsCursorOver(const QWidget* window) {
     const QRect r = window->frameGeometry();
     return p.x() >= r.left() && p.x() <= r.left() + r.width() && p.y() >= r.top() && p.y() <= r.top() + r.height();
 }
+
+void BusyPointer::set(bool busy) {
+    if (busy == busy_) return;
+    busy_ = busy;
+    if (busy) QApplication::setOverrideCursor(Qt::WaitCursor);
+    else QApplication::restoreOverrideCursor();
+}

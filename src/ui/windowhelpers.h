@@ -21,3 +21,18 @@ int CountLoadedWindows(const QString& name);
 
 // True when the mouse pointer is inside the window's outer rectangle, edges included.
 bool IsCursorOver(const QWidget* window);
+
+// The wait pointer of one window's pending work: shown by set(true), gone again by set(false) or
+// when the owner goes, however often either is called.
+class BusyPointer {
+public:
+    BusyPointer() = default;
+    BusyPointer(const BusyPointer&) = delete;
+    BusyPointer& operator=(const BusyPointer&) = delete;
+    ~BusyPointer() { set(false); }
+    void set(bool busy);
+    bool isSet() const { return busy_; }
+
+private:
+    bool busy_ = false;
+};
