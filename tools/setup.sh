@@ -12,7 +12,7 @@ build="$top/build"
 
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl-dev libgtest-dev libgmock-dev
           libbenchmark-dev libsqlite3-dev libgumbo-dev libx11-dev libxtst-dev xvfb xauth fonts-dejavu-core
-          python3 qt6-webengine-dev libasound2-dev)
+          python3 qt6-webengine-dev libasound2-dev clang libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
@@ -29,8 +29,20 @@ cmake --build "$build" -j "$(nproc)"
 
 if [ "$mode" = test ]; then
   # Window tests need an X server: a private Xvfb for the whole run.
-  cd "$build"
-  exec xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure -j "$(nproc)"
+  (cd "$build" && xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure -j "$(nproc)")
+
+  # The same core, lookup engine and command line built with clang under AddressSanitizer
+  # (leaks included) and UBSan, their tests run again: the first finding fails the test.
+  asan="$top/build-asan"
+  CC=clang CXX=clang++ cmake -S "$top" -B "$asan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DPX_SANITIZE=ON >/dev/null
+  cmake --build "$asan" -j "$(nproc)"
+  export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1
+  export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+  (cd "$asan" && ctest --output-on-failure -j "$(nproc)")
+
+  # Every fuzz target a short while over its committed seeds (fuzz/README.md).
+  "$top/fuzz/smoke.sh" "$asan" 20
+  exit 0
 fi
 
 # The demo: data and settings under the build folder, a stand-in Pictaro install folder whose

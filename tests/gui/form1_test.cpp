@@ -24,6 +24,7 @@
 #include <QRadioButton>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QTcpServer>
 #include <QTest>
 #include <QTimer>
 
@@ -194,6 +195,115 @@ private slots:
         expected.replace("%P%", pictaro).replace("%D%", data);
         QCOMPARE(failures, QStringList{expected});
         if (continues) QCOMPARE(g.Texts.FieldCall, QString("Call sign"));  // the built-in English stands in
+    }
+
+    // Damaged or odd files in the data folder and Pictaro's folder: the window loads as far as
+    // the file allows, says what is wrong where something is, and never loses a record.
+    void badDataFiles_data() {
+        QTest::addColumn<QString>("setup");
+        QTest::addColumn<bool>("continues");
+        QTest::addColumn<QString>("failure");  // "" for none; %P% Pictaro's folder, %D% the data folder
+        QTest::addColumn<double>("myLat");     // own position found from the own record, else 0
+        QTest::addColumn<QString>("ready");    // "nl": the Dutch Ready text on lblCall; "en": the English one
+        QTest::addColumn<QStringList>("nicknames");
+        QTest::addColumn<QStringList>("maps");
+        const QStringList nick{"PA3XYZ*Jan", "G4ABC*Ally"};
+        const QStringList maps{"World Map.jpg"};
+        QTest::newRow("no call file") << "nodb" << true << "" << 0.0 << "nl" << nick << maps;
+        QTest::newRow("empty call file") << "emptydb" << true << "" << 0.0 << "nl" << nick << maps;
+        QTest::newRow("call file with a partial last record") << "partialdb" << true << "" << 52.0907 << "nl" << nick
+                                                              << maps;
+        QTest::newRow("language file cut short") << "shortlang" << true << "" << 52.0907 << "nl" << nick << maps;
+        QTest::newRow("language line without =")
+            << "noequals" << true << "Taalbestand ontbreekt of corrupt.\r\n%D%/Languages/Norvane_Dutch.Language"
+            << 52.0907 << "nl" << nick << maps;
+        QTest::newRow("nicknames with odd separators")
+            << "oddnick" << true << "" << 52.0907 << "nl"
+            << QStringList{"PA3XYZ*Jan", "G4ABC*Ally", "W1XYZ*Bob;Rob", "JA1XYZ*Ken, Jr"} << maps;
+        QTest::newRow("empty nickname file") << "emptynick" << true << "" << 52.0907 << "nl" << QStringList() << maps;
+        QTest::newRow("map names shorter than four characters")
+            << "shortmaps" << true << "" << 52.0907 << "nl" << nick << QStringList{"Map.jpg", "World Map.jpg"};
+        QTest::newRow("empty app.cfg") << "emptycfg" << false << "Input past end of file\r\n%P%app.cfg" << 0.0 << ""
+                                       << nick << maps;
+    }
+
+    void badDataFiles() {
+        QFETCH(QString, setup);
+        QFETCH(bool, continues);
+        QFETCH(QString, failure);
+        QFETCH(double, myLat);
+        QFETCH(QString, ready);
+        QFETCH(QStringList, nicknames);
+        QFETCH(QStringList, maps);
+        const QString dbPath = data + "/Norvane-DB.db";
+        const QString dutch = data + "/Languages/Norvane_Dutch.Language";
+        QFile dutchFile(dutch);
+        QVERIFY(dutchFile.open(QIODevice::ReadOnly));
+        QList<QByteArray> dutchLines = dutchFile.readAll().split('\r');
+        dutchFile.close();
+        if (setup == "nodb") QVERIFY(QFile::remove(dbPath));
+        if (setup == "emptydb") writeFile(dbPath, "");
+        if (setup == "partialdb") {
+            QFile db(dbPath);
+            QVERIFY(db.open(QIODevice::Append));
+            db.write(QByteArray(100, 'x'));  // more than half a record: the count rounds it up
+        }
+        if (setup == "shortlang") writeFile(dutch, dutchLines.mid(0, 134).join('\r'));  // up to MenuSetup
+        if (setup == "noequals") {
+            dutchLines[136].replace('=', ':');  // MenuDatabaseEditor
+            writeFile(dutch, dutchLines.join('\r'));
+        }
+        if (setup == "oddnick")
+            writeFile(data + "/nicknames.txt",
+                      "\t\"PA3XYZ*Jan\" ;junk, ,G4ABC*Ally\t\r\r\n\n  W1XYZ*Bob;Rob  ,\"JA1XYZ*Ken, Jr\"");
+        if (setup == "emptynick") writeFile(data + "/nicknames.txt", "");
+        if (setup == "shortmaps")
+            for (const char* name : {"Map", "ap", "M", "Map.jpg", ".jp"}) writeFile(data + "/Maps/" + name, "x");
+        if (setup == "emptycfg") writeFile(pictaro + "app.cfg", "");
+        QByteArray dbBefore;
+        if (QFile db(dbPath); db.open(QIODevice::ReadOnly)) dbBefore = db.readAll();
+
+        ModuleValues g;
+        bool ok = false;
+        auto form = load(g, &ok);
+        QCOMPARE(ok, continues);
+        failure.replace("%P%", pictaro).replace("%D%", data);
+        QCOMPARE(failures, failure.isEmpty() ? QStringList() : QStringList{"PX RxOk|" + failure});
+        QCOMPARE(form->lstNicknames, nicknames);
+        QCOMPARE(form->lstMap, maps);
+        if (!continues) return;
+        QCOMPARE(g.MyLat, myLat);
+        // Texts the file reached are Dutch, the others the built-in English ones.
+        QCOMPARE(g.Texts.Ready, QString("Kopieer een roepnaam en druk op F8"));
+        QCOMPARE(form->lblCall->text(), g.Texts.Ready);
+        const bool wholeFile = setup != "shortlang" && setup != "noequals";
+        QCOMPARE(g.Texts.MenuSetup, QString("Eigen station"));
+        QCOMPARE(g.Texts.FieldCall == "Call sign", !wholeFile);
+
+        // The call file: no record lost, a search still works, nothing written by the load
+        // beyond the empty file a missing one becomes.
+        QFile db(dbPath);
+        QVERIFY(db.open(QIODevice::ReadOnly));
+        QCOMPARE(db.readAll(), dbBefore);
+        db.close();
+        form->show();
+        QVERIFY(settle(*form));
+        form->txtCall->setText("G4ABC");
+        QTest::keyClick(form->txtCall, Qt::Key_Return);
+        if (dbBefore.size() >= 167) {
+            QCOMPARE(form->lblCall->text(), "G4ABC  (" + g.Texts.SourceDatabase + ")");
+            const QString suffix = nicknames.contains("G4ABC*Ally") ? "  (Ally)" : "";
+            QCOMPARE(form->lblName->text(), "Alice Example" + suffix);
+        } else {
+            // Not in the file: the service is asked (the stand-in does not know G4ABC).
+            QTRY_VERIFY_WITH_TIMEOUT(form->lblCall->text().startsWith(g.Texts.NotFound.trimmed()) &&
+                                         form->lblCall->text().endsWith("G4ABC"),
+                                     10000);
+        }
+        QVERIFY(settle(*form));
+        QVERIFY(form->cmdUpdate->isEnabled() || dbBefore.size() < 167);
+        QVERIFY(db.open(QIODevice::ReadOnly));
+        QCOMPARE(db.readAll(), dbBefore);
     }
 
     void typedCallIsLookedUpInTheCallFile() {
@@ -426,6 +536,62 @@ private slots:
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), bytesBefore);  // nothing kept from a failed lookup
         QVERIFY(!form->Image1->isVisible());
+    }
+
+    // A service or picture host that cannot be reached: the lookup ends, the pointer is back
+    // to normal and the window takes the next call.
+    void unreachableHosts_data() {
+        QTest::addColumn<QString>("host");      // the settings key pointed at a host that fails
+        QTest::addColumn<QString>("expected");  // lblCall at the end; %N not-found text, %W from the service
+        QTest::addColumn<bool>("stored");       // the station is kept in the call file
+        QTest::newRow("unknown service host") << "QRZ" << "%NDL1ABC" << false;
+        QTest::newRow("picture server down") << "Pictures" << "DL1ABC  (%WQRZ)" << true;
+    }
+
+    void unreachableHosts() {
+        QFETCH(QString, host);
+        QFETCH(QString, expected);
+        QFETCH(bool, stored);
+        if (host == "QRZ") {
+            settings::SaveSetting({"Hosts", "QRZ"}, "http://no-such-host.invalid");
+        } else {
+            QTcpServer closed;  // a port nothing listens on
+            QVERIFY(closed.listen(QHostAddress::LocalHost));
+            const QString url = QString("http://127.0.0.1:%1").arg(closed.serverPort());
+            closed.close();
+            const QByteArray key = host.toLatin1();
+            settings::SaveSetting({"Hosts", key.constData()}, url);
+        }
+        ModuleValues g;
+        bool ok = false;
+        auto form = load(g, &ok);
+        QVERIFY(ok);
+        form->show();
+        QVERIFY(settle(*form));
+        QFile file(g.callFilePath());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray bytesBefore = file.readAll();
+        file.close();
+        QGuiApplication::clipboard()->setText("dl1abc");
+        QTest::keyClick(form.get(), Qt::Key_F8);
+        expected.replace("%N", g.Texts.NotFound).replace("%W", g.Texts.SourceWeb);
+        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), expected, 10000);
+        QVERIFY(settle(*form));
+        QVERIFY(!QApplication::overrideCursor());
+        QVERIFY(!form->Image1->isVisible());
+        CallDatabase db(g.callFilePath());
+        QCOMPARE(db.FindCallRecord("DL1ABC") > 0, stored);
+        if (!stored) {
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QCOMPARE(file.readAll(), bytesBefore);  // nothing kept from a failed lookup
+            file.close();
+        }
+        // The window takes the next call: G4ABC from the file, the button enabled again.
+        form->txtCall->setText("G4ABC");
+        QTest::keyClick(form->txtCall, Qt::Key_Return);
+        QCOMPARE(form->lblCall->text(), "G4ABC  (" + g.Texts.SourceDatabase + ")");
+        QVERIFY(form->cmdUpdate->isEnabled());
+        QVERIFY(settle(*form));
     }
 
     void titleBarCloseHidesAndUnloadEnds() {

@@ -211,6 +211,26 @@ TEST_F(LookupNetworkTest, FailuresByKind) {
     EXPECT_EQ(buffer2, "kept");
 }
 
+TEST_F(LookupNetworkTest, UnknownHostFailsLikeAClosedOne) {
+    // ".invalid" is never resolved: the name lookup fails at once, and each request ends in its
+    // failure event with the buffer untouched.
+    QByteArray buffer2 = "kept";
+    LookupHosts h;
+    for (auto& s : h.services) s = QStringLiteral("http://no-such-host.invalid");
+    h.pictures = h.updates = h.services[0];
+    ucLookUp nowhere(buffer2, h);
+    Recorder r(nowhere);
+    nowhere.setDatabase(2);
+    nowhere.IsLoggedIn("PA3XYZ");
+    ASSERT_TRUE(r.waitFor(1));
+    nowhere.GetPage("G4ABC");
+    ASSERT_TRUE(r.waitFor(2));
+    nowhere.GetPicture("W1XYZ");
+    ASSERT_TRUE(r.waitFor(3));
+    EXPECT_EQ(r.events, (QStringList{"SiteNotFound(PA3XYZ)", "PageNotFound(G4ABC)", "NoPic(W1XYZ)"}));
+    EXPECT_EQ(buffer2, "kept");
+}
+
 TEST_F(LookupNetworkTest, ServerFaults) {
     struct Case {
         const char* call;
