@@ -98,6 +98,16 @@ class Form1Test : public QObject {
         });
     }
 
+    // A main window that loaded, is shown and has finished the login check of its start; null
+    // when any of that failed.
+    std::unique_ptr<Form1> loadShown(ModuleValues& g) {
+        bool ok = false;
+        auto form = load(g, &ok);
+        if (!ok) return nullptr;
+        form->show();
+        return settle(*form) ? std::move(form) : nullptr;
+    }
+
     std::unique_ptr<Form1> load(ModuleValues& g, bool* ok) {
         auto form = std::make_unique<Form1>(g);
         form->showFailure = [this](const QString& text, const QString& title) { failures << title + "|" + text; };
@@ -360,11 +370,8 @@ private slots:
 
     void f8OnANewCallFetchesStoresAndShowsThePicture() {
         ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        form->show();
-        QVERIFY(settle(*form));
+        auto form = loadShown(g);
+        QVERIFY(form);
         QCOMPARE(form->lblStatus->text(), QString(g.Texts.LoggedIn).replace("***", "QRZ"));
         QGuiApplication::clipboard()->setText("dl1abc/p");
         QTest::keyClick(form.get(), Qt::Key_F8);
@@ -413,11 +420,8 @@ private slots:
 
     void stubPicturesAreFetchedAgain() {
         ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        form->show();
-        QVERIFY(settle(*form));
+        auto form = loadShown(g);
+        QVERIFY(form);
         const QString cache = data + "/images/qrzImages/G4ABC.jpg";
         // 2000 bytes: the service's placeholder, fetched again and replaced by the picture.
         writeFile(cache, QByteArray(2000, 'x'));
@@ -462,11 +466,8 @@ private slots:
 
     void ownPositionChangeReachesTheDistanceLine() {
         ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        form->show();
-        QVERIFY(settle(*form));
+        auto form = loadShown(g);
+        QVERIFY(form);
         form->txtCall->setText("G4ABC");
         QTest::keyClick(form->txtCall, Qt::Key_Return);
         QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("228 mi 261\u00b0 "));
@@ -517,11 +518,8 @@ private slots:
         QFETCH(QString, loggedIn);
         QFETCH(QString, expected);
         ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        form->show();
-        QVERIFY(settle(*form));
+        auto form = loadShown(g);
+        QVERIFY(form);
         serverLogin(loggedIn.toLatin1().constData());
         QFile file(g.callFilePath());
         QVERIFY(file.open(QIODevice::ReadOnly));
@@ -563,11 +561,8 @@ private slots:
             settings::SaveSetting({"Hosts", key.constData()}, url);
         }
         ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        form->show();
-        QVERIFY(settle(*form));
+        auto form = loadShown(g);
+        QVERIFY(form);
         QFile file(g.callFilePath());
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QByteArray bytesBefore = file.readAll();
