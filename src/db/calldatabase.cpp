@@ -262,10 +262,21 @@ bool CallDatabase::UpdateRecord(int32_t n) {
     error_.clear();
     if (!exists()) return true;
     if (n < 1) return fail(QStringLiteral("Bad record number"));
+    const qint64 at = (static_cast<qint64>(n) - 1) * kRec;
+    if (at + kRec <= QFileInfo(path_).size()) {
+        // A record already in the file is overwritten where it stands, in one write: the file
+        // keeps its length and order whatever happens, and an update of one station in a large
+        // file costs one record instead of a copy of the whole file.
+        QFile file(path_);
+        if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) return fail(file.errorString());
+        if (!file.seek(at) || file.write(CurrentRecord.bytes().data(), kRec) != kRec) return fail(file.errorString());
+        return true;
+    }
+    // Anything past the end (an append, a gap, a partial last record) grows the file: that goes
+    // through temp.db like every other change of length.
     QFile old(path_);
     if (!old.open(QIODevice::ReadOnly)) return fail(old.errorString());
     const qint64 length = old.size();
-    const qint64 at = (static_cast<qint64>(n) - 1) * kRec;
     AtomicWriter out(tempPath(), path_);
     out.copyRange(old, 0, std::min(length, at));
     if (at > length) out.writeZeros(at - length);

@@ -2,9 +2,10 @@
 // The call-sign file: fixed 167-byte records sorted by call sign, no header, no index.
 // Every access goes through these procedures and the one record buffer `CurrentRecord`.
 //
-// Each procedure opens the file, works and closes it again. A procedure that changes the file
-// writes the complete new contents to "temp.db" beside it and then renames that over the file,
-// so a program killed at any moment leaves either the old file or the new one, never a mix.
+// Each procedure opens the file, works and closes it again. An update of a record inside the file
+// overwrites its 167 bytes in place with one write. Every other change writes the complete new
+// contents to "temp.db" beside it and then renames that over the file, so a program killed at
+// any moment leaves either the old file or the new one, never a mix.
 #include "db/callrecord.h"
 
 #include <QString>
@@ -33,7 +34,8 @@ public:
     // Writes CurrentRecord as record CountRecords() + 1. Does nothing without a file.
     bool AppendRecord();
 
-    // Writes CurrentRecord over record n (from 1). Does nothing without a file.
+    // Writes CurrentRecord over record n (from 1): in place when the record lies wholly inside the
+    // file, otherwise as a new file that ends with it. Does nothing without a file.
     bool UpdateRecord(int32_t n);
 
     // Comb sort (shrink 0.65) of the whole records, ascending by trimmed call sign. A file with

@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 using namespace testutil;
 
 namespace {
@@ -178,12 +180,35 @@ TEST_F(CallDatabaseTest, AFailedWriteLeavesTheFileAsItWas) {
     EXPECT_EQ(readFile(path), records({"B", "A"}));
 }
 
-TEST_F(CallDatabaseTest, UpdatePastTheEndAndBadNumbers) {
-    writeFile(path, records({"A"}));
-    fill("C", "x");
-    EXPECT_FALSE(db.UpdateRecord(0));
-    EXPECT_TRUE(db.UpdateRecord(3));
-    EXPECT_EQ(readFile(path), records({"A"}) + QByteArray(167, '\0') + recordBytes("C", "x"));
+TEST_F(CallDatabaseTest, UpdateInsidePastTheEndAndBadNumbers) {
+    const QByteArray tail(83, 'x');
+    struct Case {
+        QByteArray start;
+        int32_t n;
+        QByteArray expected;
+    };
+    const std::vector<Case> cases{
+        {records({"A"}), 3, records({"A"}) + QByteArray(167, '\0') + recordBytes("C", "x")},
+        {records({"A", "B"}) + tail, 2, records({"A"}) + recordBytes("C", "x") + tail},
+        {records({"A", "B"}) + tail, 3, records({"A", "B"}) + recordBytes("C", "x")},
+        {records({"A", "B", "D"}), 3, records({"A", "B"}) + recordBytes("C", "x")},
+    };
+    for (const Case& c : cases) {
+        writeFile(path, c.start);
+        fill("C", "x");
+        EXPECT_FALSE(db.UpdateRecord(0));
+        EXPECT_TRUE(db.UpdateRecord(c.n)) << c.n;
+        EXPECT_EQ(readFile(path), c.expected) << c.n;
+    }
+
+    // A record inside the file is written where it stands: no temp.db is needed for it.
+    writeFile(path, records({"A", "B"}));
+    ASSERT_TRUE(QDir(dir.path()).mkdir("temp.db"));
+    fill("B", "y");
+    EXPECT_TRUE(db.UpdateRecord(2));
+    EXPECT_EQ(readFile(path), records({"A"}) + recordBytes("B", "y"));
+    EXPECT_FALSE(db.UpdateRecord(3));
+    EXPECT_EQ(readFile(path), records({"A"}) + recordBytes("B", "y"));
 }
 
 }  // namespace
