@@ -13,6 +13,8 @@ build="$top/build"
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl-dev libgtest-dev libgmock-dev
           libbenchmark-dev libsqlite3-dev libgumbo-dev libx11-dev libxtst-dev xvfb xauth fonts-dejavu-core
           python3 qt6-webengine-dev libasound2-dev clang libclang-rt-14-dev)
+# The Windows platform file is compiled (syntax only) by the MinGW compiler in the test run.
+[ "$mode" = test ] && packages+=(g++-mingw-w64-x86-64-posix)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
