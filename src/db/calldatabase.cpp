@@ -265,8 +265,8 @@ bool CallDatabase::UpdateRecord(int32_t n) {
     const qint64 at = (static_cast<qint64>(n) - 1) * kRec;
     if (at + kRec <= QFileInfo(path_).size()) {
         // A record already in the file is overwritten where it stands, in one write: the file
-        // keeps its length and order whatever happens, and an update of one station in a large
-        // file costs one record instead of a copy of the whole file.
+        // keeps its length whatever happens, no other record is touched, and an update of one
+        // station in a large file costs one record instead of a copy of the whole file.
         QFile file(path_);
         if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) return fail(file.errorString());
         if (!file.seek(at) || file.write(CurrentRecord.bytes().data(), kRec) != kRec) return fail(file.errorString());
