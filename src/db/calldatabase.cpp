@@ -260,10 +260,11 @@ bool CallDatabase::AppendRecord() {
 
 bool CallDatabase::UpdateRecord(int32_t n) {
     error_.clear();
-    if (!exists()) return true;
+    const QFileInfo info(path_);
+    if (!info.isFile()) return true;
     if (n < 1) return fail(QStringLiteral("Bad record number"));
     const qint64 at = (static_cast<qint64>(n) - 1) * kRec;
-    if (at + kRec <= QFileInfo(path_).size()) {
+    if (at + kRec <= info.size()) {
         // A record already in the file is overwritten where it stands, in one write: the file
         // keeps its length whatever happens, no other record is touched, and an update of one
         // station in a large file costs one record instead of a copy of the whole file.
