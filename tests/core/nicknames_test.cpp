@@ -27,8 +27,10 @@ TEST(NicknamesTest, ReadEditWriteKeepsTheOtherEntries) {
     const RoundTrip cases[] = {
         {"unchanged lines", "PA3XYZ*Jan\r\nG4ABC*Ally\r\n", none, {"PA3XYZ*Jan", "G4ABC*Ally"},
          "PA3XYZ*Jan\r\nG4ABC*Ally\r\n"},
-        {"commas and LF, blanks and empty items", "  PA3XYZ*Jan  ,\n\n,G4ABC*Ally,\tK1ABC*Bo\n", none,
+        {"commas, LF and CR, blanks and empty items", "  PA3XYZ*Jan  ,\n\n,G4ABC*Ally,\tK1ABC*Bo\r", none,
          {"PA3XYZ*Jan", "G4ABC*Ally", "K1ABC*Bo"}, "PA3XYZ*Jan\r\nG4ABC*Ally\r\nK1ABC*Bo\r\n"},
+        {"an unterminated quote runs to the end", "\"unterminated", none, {"unterminated"}, "unterminated\r\n"},
+        {"an empty nickname", "DL1XYZ*", none, {"DL1XYZ*"}, "DL1XYZ*\r\n"},
         {"no line end after the last", "PA3XYZ*Jan", none, {"PA3XYZ*Jan"}, "PA3XYZ*Jan\r\n"},
         {"quoted with a comma stays quoted", "\"W1AW*Smith, Jr\"\r\nK1ABC*Bo\r\n", none,
          {"W1AW*Smith, Jr", "K1ABC*Bo"}, "\"W1AW*Smith, Jr\"\r\nK1ABC*Bo\r\n"},
@@ -99,6 +101,7 @@ TEST(NicknamesTest, EntriesTheEditorMade) {
 TEST(NicknamesTest, WritesInOneStepOrNotAtAll) {
     QTemporaryDir dir;
     const QString path = dir.path() + "/nicknames.txt";
+    EXPECT_FALSE(ReadNicknames(path).has_value()) << "no file, no list";
     writeFile(path, "OLD*entry\r\n");
     ASSERT_TRUE(SaveNicknames(path, {"PA3XYZ*Jan"}, nullptr));
     EXPECT_EQ(readFile(path), "PA3XYZ*Jan\r\n");

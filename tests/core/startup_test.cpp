@@ -90,28 +90,6 @@ TEST(StartupTest, MapCatalogueKeepsNamesEndingInMapBeforeTheExtension) {
     EXPECT_TRUE(MapCatalogue(dir.path() + "/nowhere").isEmpty());
 }
 
-TEST(StartupTest, NicknameItems) {
-    struct Case {
-        const char* text;
-        QStringList items;
-    };
-    for (const Case& c : {
-             Case{"G4ABC*Al\r\nW1AW*Hiram\r\n", {"G4ABC*Al", "W1AW*Hiram"}},
-             Case{"G4ABC*Al,W1AW*Hiram", {"G4ABC*Al", "W1AW*Hiram"}},
-             Case{"  G4ABC*Al  ,\n\n,W1AW*Hiram\r", {"G4ABC*Al", "W1AW*Hiram"}},
-             Case{"\"G4ABC*Al, Jr\" , x", {"G4ABC*Al, Jr", "x"}},
-             Case{"\"unterminated", {"unterminated"}},
-             Case{"", {}},
-             Case{"DL1XYZ*", {"DL1XYZ*"}},
-         }) {
-        EXPECT_EQ(ParseNicknames(c.text), c.items) << c.text;
-    }
-    QTemporaryDir dir;
-    EXPECT_FALSE(ReadNicknames(dir.path() + "/nicknames.txt"));
-    writeFile(dir.path() + "/nicknames.txt", "F5XYZ*Andr\xe9\r\n");
-    EXPECT_EQ(ReadNicknames(dir.path() + "/nicknames.txt"), QStringList{QString::fromUtf8("F5XYZ*Andr\u00e9")});
-}
-
 QString noRunningPictaro(const QString&) { return {}; }
 QString runningPictaroFolder;
 QString runningPictaro(const QString& name) { return name == "Pictaro.exe" ? runningPictaroFolder : QString(); }
