@@ -15,30 +15,35 @@ class Recorder : public QObject {
 public:
     QStringList events;
     explicit Recorder(ucLookUp& c) {
-        auto add = [this](const QString& e) { events << e; };
-        connect(&c, &ucLookUp::LoginChecked, this, [=](const QString& id, bool in) { add("LoginChecked(" + id + "," + (in ? "true" : "false") + ")"); });
-        connect(&c, &ucLookUp::SiteNotFound, this, [=](const QString& id) { add("SiteNotFound(" + id + ")"); });
-        connect(&c, &ucLookUp::GotPage, this, [=](const QString& id, bool in) { add("GotPage(" + id + "," + (in ? "true" : "false") + ")"); });
-        connect(&c, &ucLookUp::PageNotFound, this, [=](const QString& id) { add("PageNotFound(" + id + ")"); });
-        connect(&c, &ucLookUp::CallNotFound, this, [=](const QString& id) { add("CallNotFound(" + id + ")"); });
-        connect(&c, &ucLookUp::PictureReady, this, [=](const QString& id) { add("PictureReady(" + id + ")"); });
-        connect(&c, &ucLookUp::NoPic, this, [=](const QString& id) { add("NoPic(" + id + ")"); });
-        connect(&c, &ucLookUp::LoginRequired, this, [=](const QString& id) { add("LoginRequired(" + id + ")"); });
-        connect(&c, &ucLookUp::UpdateFound, this, [=](const QString&) { add("UpdateFound"); });
-        connect(&c, &ucLookUp::UpdatesNotFound, this, [=] { add("UpdatesNotFound"); });
+        auto id = [this](const char* n) { return [=, this](const QString& id) { events << n + (u'(' + id + u')'); }; };
+        auto idIn = [this](const char* n) {
+            return [=, this](const QString& id, bool in) { events << n + (u'(' + id + (in ? ",true)" : ",false)")); };
+        };
+        connect(&c, &ucLookUp::LoginChecked, this, idIn("LoginChecked"));
+        connect(&c, &ucLookUp::SiteNotFound, this, id("SiteNotFound"));
+        connect(&c, &ucLookUp::GotPage, this, idIn("GotPage"));
+        connect(&c, &ucLookUp::PageNotFound, this, id("PageNotFound"));
+        connect(&c, &ucLookUp::CallNotFound, this, id("CallNotFound"));
+        connect(&c, &ucLookUp::PictureReady, this, id("PictureReady"));
+        connect(&c, &ucLookUp::NoPic, this, id("NoPic"));
+        connect(&c, &ucLookUp::LoginRequired, this, id("LoginRequired"));
+        connect(&c, &ucLookUp::UpdateFound, this, [this] { events << "UpdateFound"; });
+        connect(&c, &ucLookUp::UpdatesNotFound, this, [this] { events << "UpdatesNotFound"; });
     }
-    // Runs the event loop until n events have come (or the time is up).
-    bool waitFor(int n, int ms = 15000) {
+    // Runs the event loop until n events have come (or the time is up); with settleMs, on for
+    // that long to show that nothing more comes.
+    bool waitFor(qsizetype n, int settleMs = 0) {
         QElapsedTimer t;
         t.start();
-        while (events.size() < n && t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        while (events.size() < n && t.elapsed() < 15000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        for (t.start(); t.elapsed() < settleMs;) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
         return events.size() >= n;
     }
-    // Lets the loop run a little longer to show that nothing more comes.
-    void settle(int ms = 300) {
-        QElapsedTimer t;
-        t.start();
-        while (t.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    // Makes one request and waits for its event.
+    template <typename Request>
+    bool next(Request request) {
+        request();
+        return waitFor(events.size() + 1);
     }
 };
 
@@ -77,9 +82,7 @@ TEST(LookupUrlTest, RequestUrls) {
     ucLookUp c(buffer, h);
     struct Case {
         int16_t db;
-        const char* call;
-        const char* page;
-        const char* login;
+        const char *call, *page, *login;
     };
     for (const Case& k : {Case{1, "G4ABC", "http://s1/callbook/G4ABC", "http://s1/"},
                           Case{2, "SM\u00d8ABC", "http://s2/db/SM0ABC", "http://s2/"},
@@ -88,19 +91,20 @@ TEST(LookupUrlTest, RequestUrls) {
                           Case{5, "K1 X&Y", "http://s5/call?callsign=K1%20X%26Y", "http://s5/call"},
                           Case{0, "G4ABC", "", ""}, Case{6, "G4ABC", "", ""}}) {
         c.setDatabase(k.db);
-        EXPECT_EQ(c.PageUrl(QString::fromUtf8(k.call)), k.page);
-        EXPECT_EQ(c.LoginUrl(), k.login);
+        EXPECT_EQ(c.PageUrl(QString::fromUtf8(k.call)), k.page) << k.db;
+        EXPECT_EQ(c.LoginUrl(), k.login) << k.db;
     }
     EXPECT_EQ(c.PictureUrl("DL1ABC"), "http://pics/c/dl1abc/dl1abc.jpg");
     EXPECT_EQ(c.PictureUrl(QString::fromUtf8("SM\u00d8AB\u00d8")), QString::fromUtf8("http://pics/%C3%B8/sm0ab0/sm0ab0.jpg"))
         << "the last character is taken as passed, lower-cased";
 }
 
-TEST_F(LookupNetworkTest, PageArrivesWithItsName) {
+TEST_F(LookupNetworkTest, PageArrivesWithItsNameAndTheSameNameAgainCancelsTheFirst) {
     control.setDatabase(2);
     control.GetPage(QString::fromUtf8("SM\u00d8ABC"));
+    control.GetPage(QString::fromUtf8("SM\u00d8ABC"));
     ASSERT_EQ(control.PendingDownloads, QString::fromUtf8("\0SM\u00d8ABC\0", 9));
-    ASSERT_TRUE(rec.waitFor(1));
+    ASSERT_TRUE(rec.waitFor(1, 300));
     EXPECT_EQ(rec.events, QStringList{QString::fromUtf8("GotPage(SM\u00d8ABC,true)")});
     EXPECT_EQ(control.PendingDownloads, QString(QChar(0)));
     EXPECT_EQ(control.RequestKind, "GetPage");
@@ -110,47 +114,23 @@ TEST_F(LookupNetworkTest, LoginStatePerService) {
     login("qrz,eham,qrzcq,callook,hamcall");
     for (int16_t db = 1; db <= 5; ++db) {
         control.setDatabase(db);
-        control.IsLoggedIn("PA3XYZ");
-        ASSERT_TRUE(rec.waitFor(db));
+        ASSERT_TRUE(rec.next([&] { control.IsLoggedIn("PA3XYZ"); }));
         // Callook has no login: never logged in.
         EXPECT_EQ(rec.events.last(), QString("LoginChecked(PA3XYZ,%1)").arg(db == 4 ? "false" : "true")) << db;
     }
-    login("");
-    rec.events.clear();
-    control.setDatabase(2);
-    control.IsLoggedIn("PA3XYZ");
-    ASSERT_TRUE(rec.waitFor(1));
-    EXPECT_EQ(rec.events, QStringList{"LoginChecked(PA3XYZ,false)"});
 }
 
 TEST_F(LookupNetworkTest, FieldsOfTheArrivedPageAndTheirEvents) {
     control.setDatabase(2);
-    control.GetPage("DL1ABC");
-    ASSERT_TRUE(rec.waitFor(1));
+    ASSERT_TRUE(rec.next([&] { control.GetPage("DL1ABC"); }));
     EXPECT_EQ(control.cName("DL1ABC"), QString::fromUtf8("Hans M\u00fcller"));
-    EXPECT_EQ(control.Add1(), QString::fromUtf8("Musterstra\u00dfe 12"));
-    EXPECT_DOUBLE_EQ(control.Latitude(), 52.52);
-
-    control.GetPage("XX9XYZ");  // unknown to the service
-    ASSERT_TRUE(rec.waitFor(2));
+    ASSERT_TRUE(rec.next([&] { control.GetPage("XX9XYZ"); }));  // unknown to the service
     EXPECT_EQ(control.cName("XX9XYZ"), "");
-
     login("");  // QRZ wants a login for the details
-    control.GetPage("DL1ABC");
-    ASSERT_TRUE(rec.waitFor(4));
+    ASSERT_TRUE(rec.next([&] { control.GetPage("DL1ABC"); }));
     EXPECT_EQ(control.cName("DL1ABC"), "");
     EXPECT_EQ(rec.events, (QStringList{"GotPage(DL1ABC,true)", "GotPage(XX9XYZ,true)", "CallNotFound(XX9XYZ)",
                                        "GotPage(DL1ABC,false)", "LoginRequired(DL1ABC)"}));
-}
-
-TEST_F(LookupNetworkTest, SameNameTwiceCancelsTheFirst) {
-    control.setDatabase(1);
-    control.GetPage("G4ABC");
-    control.GetPage("G4ABC");
-    ASSERT_TRUE(rec.waitFor(1));
-    rec.settle();
-    EXPECT_EQ(rec.events, QStringList{"GotPage(G4ABC,true)"});
-    EXPECT_EQ(control.PendingDownloads, QString(QChar(0)));
 }
 
 TEST_F(LookupNetworkTest, PictureRightAfterPageMakesBothPictures) {
@@ -164,87 +144,56 @@ TEST_F(LookupNetworkTest, PictureRightAfterPageMakesBothPictures) {
 }
 
 TEST_F(LookupNetworkTest, PictureBytesInTheBuffer) {
-    control.GetPicture("G4ABC");
-    ASSERT_TRUE(rec.waitFor(1));
+    ASSERT_TRUE(rec.next([&] { control.GetPicture("G4ABC"); }));
     EXPECT_EQ(rec.events, QStringList{"PictureReady(G4ABC)"});
-    QFile f(PX_SOURCE_DIR "/tests/fixtures/pictures/g4abc.jpg");
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    EXPECT_EQ(buffer, f.readAll());
+    EXPECT_EQ(buffer, testutil::readFile(PX_SOURCE_DIR "/tests/fixtures/pictures/g4abc.jpg"));
 }
 
 TEST_F(LookupNetworkTest, UpdateProbeKeepsItsRegistrationName) {
-    control.CheckUpdates();
-    ASSERT_TRUE(rec.waitFor(1));
-    EXPECT_EQ(rec.events, QStringList{"UpdateFound"});
+    ASSERT_TRUE(rec.next([&] { control.CheckUpdates(); }));
     EXPECT_TRUE(control.PageText.contains("Latest version: 0.2.0")) << control.PageText.toStdString();
     // Registered as "Updates", downloaded as "Updates3": the registration stays behind.
     EXPECT_EQ(control.PendingDownloads, QString::fromLatin1("\0Updates\0", 9));
-    control.CheckUpdates();
-    ASSERT_TRUE(rec.waitFor(2));
-    EXPECT_EQ(rec.events.last(), QString("UpdateFound"));
+    ASSERT_TRUE(rec.next([&] { control.CheckUpdates(); }));
+    EXPECT_EQ(rec.events, (QStringList{"UpdateFound", "UpdateFound"}));
 }
 
 TEST_F(LookupNetworkTest, FailuresByKind) {
-    // Nothing listens on the port of a closed server.
+    // Nothing listens on the port of a closed server; ".invalid" is never resolved.
     QTcpServer closed;
     ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
-    const int port = closed.serverPort();
+    const QString closedHost = QString("http://127.0.0.1:%1").arg(closed.serverPort());
     closed.close();
-    QByteArray buffer2 = "kept";
-    LookupHosts h;
-    for (auto& s : h.services) s = QString("http://127.0.0.1:%1").arg(port);
-    h.pictures = h.updates = h.services[0];
-    ucLookUp down(buffer2, h);
-    Recorder r(down);
-    down.setDatabase(2);
-    down.IsLoggedIn("PA3XYZ");
-    ASSERT_TRUE(r.waitFor(1));
-    down.GetPage("G4ABC");
-    ASSERT_TRUE(r.waitFor(2));
-    down.GetPicture("W1XYZ");
-    ASSERT_TRUE(r.waitFor(3));
-    down.CheckUpdates();
-    ASSERT_TRUE(r.waitFor(4));
-    EXPECT_EQ(r.events, (QStringList{"SiteNotFound(PA3XYZ)", "PageNotFound(G4ABC)", "NoPic(W1XYZ)", "UpdatesNotFound"}));
-    // Failed names stay listed; the buffer is untouched.
-    EXPECT_EQ(down.PendingDownloads, QString::fromLatin1("\0PA3XYZ\0G4ABC\0W1XYZ\0Updates\0", 28));
-    EXPECT_EQ(buffer2, "kept");
-}
-
-TEST_F(LookupNetworkTest, UnknownHostFailsLikeAClosedOne) {
-    // ".invalid" is never resolved: the name lookup fails at once, and each request ends in its
-    // failure event with the buffer untouched.
-    QByteArray buffer2 = "kept";
-    LookupHosts h;
-    for (auto& s : h.services) s = QStringLiteral("http://no-such-host.invalid");
-    h.pictures = h.updates = h.services[0];
-    ucLookUp nowhere(buffer2, h);
-    Recorder r(nowhere);
-    nowhere.setDatabase(2);
-    nowhere.IsLoggedIn("PA3XYZ");
-    ASSERT_TRUE(r.waitFor(1));
-    nowhere.GetPage("G4ABC");
-    ASSERT_TRUE(r.waitFor(2));
-    nowhere.GetPicture("W1XYZ");
-    ASSERT_TRUE(r.waitFor(3));
-    EXPECT_EQ(r.events, (QStringList{"SiteNotFound(PA3XYZ)", "PageNotFound(G4ABC)", "NoPic(W1XYZ)"}));
-    EXPECT_EQ(buffer2, "kept");
+    for (const QString& host : {closedHost, QStringLiteral("http://no-such-host.invalid")}) {
+        SCOPED_TRACE(host.toStdString());
+        QByteArray kept = "kept";
+        LookupHosts h;
+        h.services.fill(host);
+        h.pictures = h.updates = host;
+        ucLookUp down(kept, h);
+        Recorder r(down);
+        down.setDatabase(2);
+        ASSERT_TRUE(r.next([&] { down.IsLoggedIn("PA3XYZ"); }));
+        ASSERT_TRUE(r.next([&] { down.GetPage("G4ABC"); }));
+        ASSERT_TRUE(r.next([&] { down.GetPicture("W1XYZ"); }));
+        ASSERT_TRUE(r.next([&] { down.CheckUpdates(); }));
+        EXPECT_EQ(r.events, (QStringList{"SiteNotFound(PA3XYZ)", "PageNotFound(G4ABC)", "NoPic(W1XYZ)", "UpdatesNotFound"}));
+        // Failed names stay listed; the buffer is untouched.
+        EXPECT_EQ(down.PendingDownloads, QString::fromLatin1("\0PA3XYZ\0G4ABC\0W1XYZ\0Updates\0", 28));
+        EXPECT_EQ(kept, "kept");
+    }
 }
 
 TEST_F(LookupNetworkTest, ServerFaults) {
-    struct Case {
-        const char* call;
-        const char* event;
-    };
     control.setDatabase(1);
-    for (const Case& c : {Case{"ZZ404", "PageNotFound(ZZ404)"}, Case{"ZZ500", "PageNotFound(ZZ500)"},
-                          Case{"ZZ1HNG", "PageNotFound(ZZ1HNG)"}, Case{"ZZ1TRN", "PageNotFound(ZZ1TRN)"},
-                          Case{"ZZ1BIG", "PageNotFound(ZZ1BIG)"}, Case{"ZZ1LP", "PageNotFound(ZZ1LP)"},
-                          Case{"ZZ1JNK", "GotPage(ZZ1JNK,false)"}}) {
+    const char* const cases[][2] = {{"ZZ404", "PageNotFound(ZZ404)"},   {"ZZ500", "PageNotFound(ZZ500)"},
+                                    {"ZZ1HNG", "PageNotFound(ZZ1HNG)"}, {"ZZ1TRN", "PageNotFound(ZZ1TRN)"},
+                                    {"ZZ1BIG", "PageNotFound(ZZ1BIG)"}, {"ZZ1LP", "PageNotFound(ZZ1LP)"},
+                                    {"ZZ1JNK", "GotPage(ZZ1JNK,false)"}};
+    for (const auto& c : cases) {
         rec.events.clear();
-        control.GetPage(c.call);
-        ASSERT_TRUE(rec.waitFor(1)) << c.call;
-        EXPECT_EQ(rec.events, QStringList{c.event});
+        ASSERT_TRUE(rec.next([&] { control.GetPage(c[0]); })) << c[0];
+        EXPECT_EQ(rec.events, QStringList{c[1]}) << c[0];
     }
 }
 
@@ -255,8 +204,7 @@ TEST_F(LookupNetworkTest, RedirectsAreFollowed) {
     ucLookUp moved(b, h);
     Recorder r(moved);
     moved.setDatabase(1);
-    moved.GetPage("G4ABC");
-    ASSERT_TRUE(r.waitFor(1));
+    ASSERT_TRUE(r.next([&] { moved.GetPage("G4ABC"); }));
     EXPECT_EQ(r.events, QStringList{"GotPage(G4ABC,true)"});
     EXPECT_EQ(moved.cName("G4ABC"), "Peter Smith");
 }
