@@ -1,40 +1,47 @@
-// The main window loading against a prepared data folder and Pictaro folder, under a real X
-// server where one is available.
+// The main window against prepared data and Pictaro folders, under a real X server where one is available.
 #include "app/form1.h"
 #include "app/settings.h"
 #include "db/calldatabase.h"
-#include "lookup/uclookup.h"
-#include "ui/beep.h"
-#include "ui/popupmenu.h"
-#include "setup/form2.h"
 #include "db/form26.h"
 #include "lookup/callbookserver.h"
+#include "lookup/uclookup.h"
+#include "setup/form2.h"
+#include "ui/beep.h"
+#include "ui/popupmenu.h"
 
 #include <QApplication>
 #include <QClipboard>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QSignalSpy>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QSettings>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTcpServer>
-#include <QTest>
 #include <QTimer>
+#include <QTest>
 
 namespace {
+
+const QByteArray kGone = "(removed)";
+using Files = QList<QPair<QString, QByteArray>>;  // path, and bytes or kGone
 
 void writeFile(const QString& path, const QByteArray& bytes) {
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write(bytes);
+    if (bytes == kGone) QVERIFY(f.remove());
+    else QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size());
+}
+
+// A missing file reads as a text no two paths share, unless the caller says otherwise.
+QByteArray readFile(const QString& path, const QByteArray& ifMissing = {}) {
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : ifMissing.isNull() ? "<missing " + path.toUtf8() + ">" : ifMissing;
 }
 
 QByteArray appCfg(const QByteArray& call, const QByteArray& digit, int lines = 60) {
@@ -43,338 +50,218 @@ QByteArray appCfg(const QByteArray& call, const QByteArray& digit, int lines = 6
     return out;
 }
 
+void enter(Form1& f, const QString& call) { f.txtCall->setText(call); QTest::keyClick(f.txtCall, Qt::Key_Return); }
+void pressF8(Form1& f, const QString& text) { QGuiApplication::clipboard()->setText(text); QTest::keyClick(&f, Qt::Key_F8); }
+
+QString fromFile(const ModuleValues& g, const QString& call) { return call + "  (" + g.Texts.SourceDatabase + ")"; }
+
+const QString kPictures = PX_SOURCE_DIR "/tests/fixtures/pictures/";
+
+// Waits until the busy pointer is gone (a failed download stays listed in PendingDownloads).
+bool settle() { return QTest::qWaitFor([] { return !QApplication::overrideCursor(); }, 10000); }
+
 }  // namespace
+
+struct Start {
+    QList<QPair<settings::Key, QString>> saved;
+    QString service, index;  // index: the saved service index after the load
+    int16_t serviceNo, unit;
+    double lat, lon;
+};
+
+// Ready, MenuSetup and FieldCall: Dutch, Dutch from a file cut after MenuSetup, the built-in English.
+const QStringList kDutch{"Kopieer een roepnaam en druk op F8", "Eigen station", "Roepnaam"};
+const QStringList kDutchCut{kDutch[0], kDutch[1], "Call sign"};
+const QStringList kEnglish{"Copy a call sign and press F8", "Own station", "Call sign"};
+
+struct Damage {
+    Files files{};           // written before the load; %P% Pictaro's folder, %D% the data folder
+    bool continues = true;
+    QString failure{};       // "" for none
+    double myLat = 52.0907;  // from the own record; 0 when the call file has none
+    QStringList texts = kDutch;
+    QStringList nicknames{"PA3XYZ*Jan", "G4ABC*Ally"};
+    QStringList maps{"World Map.jpg"};
+};
+
+struct Failed {
+    QString call, loggedIn;
+    QPair<QString, QString> host;  // a host setting pointed at an address that fails
+    QString expected;              // lblCall at the end: %N not-found text, %L login text, %W from the service
+    bool stored = false;  // the station is kept in the call file
+    int lastTone = 700;   // 0: none
+};
+Q_DECLARE_METATYPE(Start)
+Q_DECLARE_METATYPE(Damage)
+Q_DECLARE_METATYPE(Failed)
 
 class Form1Test : public QObject {
     Q_OBJECT
 
-    QString root;
-    QString data;     // the Norvane folder
-    QString pictaro;  // Pictaro's install folder, with separator
+    const QString root = QDir(qEnvironmentVariable("XDG_DATA_HOME") + "/..").absolutePath();
+    const QString data = root + "/data/Norvane";  // the Norvane folder
+    const QString pictaro = root + "/Pictaro/";    // Pictaro's install folder, with separator
     QStringList failures;
-    std::unique_ptr<CallbookServer> server;
+    CallbookServer server;
     QList<int> beeps;  // the frequencies of the tones, in order
+    ModuleValues g;
+    std::unique_ptr<Form1> form;
 
-    void useServer() {
-        const char* services[] = {"eHam", "QRZ", "QRZCQ", "Callook", "HamCall"};
-        const char* prefixes[] = {"/eham", "/qrz", "/qrzcq", "/callook", "/hamcall"};
-        for (int i = 0; i < 5; ++i) settings::SaveSetting({"Hosts", services[i]}, server->url(prefixes[i]));
-        settings::SaveSetting({"Hosts", "Pictures"}, server->url("/pictures"));
-        settings::SaveSetting({"Hosts", "TimeoutMs"}, "2000");
-    }
-    void serverLogin(const char* services) {
+    void serverLogin(const QByteArray& services) {
         QNetworkAccessManager nam;
-        QNetworkReply* r = nam.get(QNetworkRequest(QUrl(server->url("/_control/login?services=") + services)));
-        QSignalSpy done(r, &QNetworkReply::finished);
-        QVERIFY(done.wait(5000));
-        delete r;
+        std::unique_ptr<QNetworkReply> r(nam.get(QNetworkRequest(QUrl(server.url("/_control/login?services=" + services)))));
+        QVERIFY(QSignalSpy(r.get(), &QNetworkReply::finished).wait(5000));
     }
 
-    void prepare() {
-        QDir(root).removeRecursively();
-        QDir().mkpath(root);
-        data = root + "/data/Norvane";
-        pictaro = root + "/Pictaro/";
-        QDir().mkpath(data + "/Maps");
-        QDir().mkpath(data + "/images/qrzImages");
-        QDir().mkpath(data + "/Languages");
-        QFile::copy(PX_SOURCE_DIR "/data/Languages/Norvane_English.Language", data + "/Languages/Norvane_English.Language");
-        QFile::copy(PX_SOURCE_DIR "/data/Languages/Norvane_Dutch.Language", data + "/Languages/Norvane_Dutch.Language");
-        writeFile(data + "/Maps/World Map.jpg", "x");
-        writeFile(data + "/Maps/world map.jpg", "x");
-        writeFile(data + "/nicknames.txt", "PA3XYZ*Jan\r\nG4ABC*Ally\r\n");
-        QFile::copy(PX_SOURCE_DIR "/data/Norvane-DB.db", data + "/Norvane-DB.db");
-        QFile(data + "/Norvane-DB.db").setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-        writeFile(pictaro + "Pictaro.exe", "stand-in");
-        writeFile(pictaro + "app.cfg", appCfg("PA3XYZ", "5"));
-        QFile::remove(qEnvironmentVariable("XDG_CONFIG_HOME") + "/PX Callsigns.conf");
-        settings::SaveSetting(settings::kPictaroInstall, pictaro);
-        useServer();
-        serverLogin("eham,qrz,hamcall");
-        failures.clear();
-        beeps.clear();
-        sound::SetListener([this](int kind, int hz, int) {
-            if (kind == 1) beeps << hz;
-        });
-    }
+    QString at(QString path) const { return path.replace("%P%", pictaro).replace("%D%", data); }
+    void writeFiles(const Files& files) { for (const auto& [path, bytes] : files) writeFile(at(path), bytes); }
 
-    // A main window that loaded, is shown and has finished the login check of its start; null
-    // when any of that failed.
-    std::unique_ptr<Form1> loadShown(ModuleValues& g) {
-        bool ok = false;
-        auto form = load(g, &ok);
-        if (!ok) return nullptr;
-        form->show();
-        return settle(*form) ? std::move(form) : nullptr;
-    }
-
-    std::unique_ptr<Form1> load(ModuleValues& g, bool* ok) {
-        auto form = std::make_unique<Form1>(g);
+    bool load() {
+        form = std::make_unique<Form1>(g);
         form->showFailure = [this](const QString& text, const QString& title) { failures << title + "|" + text; };
-        *ok = form->Form_Load();
-        return form;
+        return form->Form_Load();
     }
+
+    bool loadShown() { return load() && (form->show(), settle()); }  // and past the login check of its start
 
 private slots:
     void initTestCase() {
-        root = QDir(qEnvironmentVariable("XDG_DATA_HOME") + "/..").absolutePath();
-        server = std::make_unique<CallbookServer>();
-        QVERIFY(server->port() > 0);
+        QVERIFY(server.port() > 0);
+        sound::SetListener([this](int kind, int hz, int) { if (kind == 1) beeps << hz; });
     }
-    void cleanupTestCase() { server.reset(); }
-    void init() { prepare(); }
+    void cleanup() { form.reset(); g = ModuleValues(); failures.clear(); beeps.clear(); }
 
-    void loadsEverything() {
-        settings::SaveSetting(settings::kUnit, "0");
-        ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        QCOMPARE(failures, QStringList());
-        QCOMPARE(g.DataPath, qEnvironmentVariable("XDG_DATA_HOME") + "/Norvane");
+    void init() {
+        QDir(root).removeRecursively();
+        QDir().mkpath(data + "/images/qrzImages");
+        for (const QString name : {"Languages/Norvane_English.Language", "Languages/Norvane_Dutch.Language", "Norvane-DB.db"})
+            writeFile(data + "/" + name, readFile(PX_SOURCE_DIR "/data/" + name));
+        writeFiles({{"%D%/Maps/World Map.jpg", "x"}, {"%D%/Maps/world map.jpg", "x"}, {"%P%Pictaro.exe", "stand-in"},
+                    {"%D%/nicknames.txt", "PA3XYZ*Jan\r\nG4ABC*Ally\r\n"}, {"%P%app.cfg", appCfg("PA3XYZ", "5")}});
+        QFile::remove(qEnvironmentVariable("XDG_CONFIG_HOME") + "/PX Callsigns.conf");
+        settings::SaveSetting(settings::kPictaroInstall, pictaro);
+        for (const char* host : {"eHam", "QRZ", "QRZCQ", "Callook", "HamCall", "Pictures"})
+            settings::SaveSetting({"Hosts", host}, server.url("/" + QString(host).toLower()));
+        settings::SaveSetting({"Hosts", "TimeoutMs"}, "2000");
+        serverLogin("eham,qrz,hamcall");
+    }
+
+    void loads_data() {
+        QTest::addColumn<Start>("c");
+        QTest::newRow("kilometres, position from the own record")
+            << Start{{{settings::kUnit, "0"}}, "QRZ", "1", 2, 0, 52.0907, 5.1214};
+        QTest::newRow("saved service and position, miles by default")
+            << Start{{{settings::kServiceIndex, "4"}, {settings::kMyLatitude, "0"}, {settings::kMyLongitude, "-3.5"}},
+                     "HamCall", "4", 5, 1, 0, -3.5};
+    }
+
+    void loads() {
+        QFETCH(Start, c);
+        for (const auto& [key, value] : c.saved) settings::SaveSetting(key, value);
+        QVERIFY(load());
         QCOMPARE(g.MyCall, QString("PA3XYZ"));
-        QCOMPARE(g.Language, QString("Dutch"));
-        QCOMPARE(g.DistUnit, int16_t(0));
-        QCOMPARE(form->lstMap, QStringList{"World Map.jpg"});
-        QCOMPARE(form->lstNicknames, (QStringList{"PA3XYZ*Jan", "G4ABC*Ally"}));
-        // No saved position: the own call's record supplies it.
-        QCOMPARE(g.MyLat, 52.0907);
-        QCOMPARE(g.MyLon, 5.1214);
+        QCOMPARE(g.DistUnit, c.unit);
+        QCOMPARE(g.MyLat, c.lat);
+        QCOMPARE(g.MyLon, c.lon);
         QCOMPARE(form->cboDB->count(), 5);
         QCOMPARE(form->cboDB->itemText(3), QString("CALLOOK"));
-        QCOMPARE(form->cboDB->currentText(), QString("QRZ"));
-        QCOMPARE(g.ServiceName, QString("QRZ"));
-        QCOMPARE(g.ServiceNo, int16_t(2));
-        QCOMPARE(settings::GetSetting(settings::kServiceIndex, "unset"), QString("1"));
-        // Dutch texts, in the menus and on the window.
-        QCOMPARE(form->SetupMenuCaptions[2], g.Texts.MenuHelp);
-        QCOMPARE(form->MapsMenuCaptions[4], g.Texts.MenuRegionMaps);
-        QVERIFY(!g.Texts.MenuHelp.isEmpty());
-        QCOMPARE(form->lblCall->text(), g.Texts.Ready);
+        QCOMPARE(form->cboDB->currentText(), c.service);
+        QCOMPARE(g.ServiceName, c.service);
+        QCOMPARE(g.ServiceNo, c.serviceNo);
+        QCOMPARE(settings::GetSetting(settings::kServiceIndex, "unset"), c.index);
+        QCOMPARE(form->SetupMenuCaptions[2], QString("Help"));
+        QCOMPARE(form->MapsMenuCaptions[4], QString("Regiokaarten"));
         QCOMPARE(form->lblStatus->text(), QString());
-        QCOMPARE(form->cmdUpdate->text(), QString(g.Texts.UpdateButton).replace("***", " QRZ"));
-        QCOMPARE(form->width(), 5250 / g.TwipsPerPixelX);
-        QCOMPARE(form->height(), 2700 / g.TwipsPerPixelY);
+        QCOMPARE(form->cmdUpdate->text(), QString(g.Texts.UpdateButton).replace("***", " " + c.service));
+        QCOMPARE(form->size(), QSize(5250 / g.TwipsPerPixelX, 2700 / g.TwipsPerPixelY));
         QVERIFY(form->isHidden());
         QVERIFY(form->windowFlags() & Qt::WindowStaysOnTopHint);
     }
 
-    void savedServiceAndPosition() {
-        settings::SaveSetting(settings::kServiceIndex, "4");
-        settings::SaveSetting(settings::kMyLatitude, "0");
-        settings::SaveSetting(settings::kMyLongitude, "-3.5");
-        ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        QCOMPARE(g.ServiceName, QString("HamCall"));
-        QCOMPARE(g.ServiceNo, int16_t(5));
-        QCOMPARE(g.MyLat, 0.0);
-        QCOMPARE(g.MyLon, -3.5);
-        QCOMPARE(g.DistUnit, int16_t(1));  // miles by default
-    }
-
-    void failurePaths_data() {
-        QTest::addColumn<QString>("setup");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<bool>("continues");
-        QTest::newRow("no Pictaro.exe, none running") << "noexe" << "PX RxOk|File not found\r\napp.cfg" << false;
-        QTest::newRow("no app.cfg") << "nocfg" << "PX RxOk|File not found\r\n%P%app.cfg" << false;
-        QTest::newRow("short app.cfg") << "short" << "PX RxOk|Input past end of file\r\n%P%app.cfg" << false;
-        QTest::newRow("no nicknames.txt") << "nonick" << "PX RxOk|File not found\r\n%D%/nicknames.txt" << false;
-        QTest::newRow("no language file") << "nolang"
-                                          << "PX RxOk|Taalbestand ontbreekt of corrupt.\r\n%D%/Languages/Norvane_Dutch.Language"
-                                          << true;
-        QTest::newRow("unknown language") << "digit3" << "PX RxOk|%D%/Languages/" << true;
-    }
-
-    void failurePaths() {
-        QFETCH(QString, setup);
-        QFETCH(QString, expected);
-        QFETCH(bool, continues);
-        if (setup == "noexe") QFile::remove(pictaro + "Pictaro.exe");
-        if (setup == "nocfg") QFile::remove(pictaro + "app.cfg");
-        if (setup == "short") writeFile(pictaro + "app.cfg", appCfg("PA3XYZ", "5", 58));
-        if (setup == "nonick") QFile::remove(data + "/nicknames.txt");
-        if (setup == "nolang") QFile::remove(data + "/Languages/Norvane_Dutch.Language");
-        if (setup == "digit3") writeFile(pictaro + "app.cfg", appCfg("PA3XYZ", "3"));
-        ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QCOMPARE(ok, continues);
-        expected.replace("%P%", pictaro).replace("%D%", data);
-        QCOMPARE(failures, QStringList{expected});
-        if (continues) QCOMPARE(g.Texts.FieldCall, QString("Call sign"));  // the built-in English stands in
-    }
-
-    // Damaged or odd files in the data folder and Pictaro's folder: the window loads as far as
-    // the file allows, says what is wrong where something is, and never loses a record.
-    void badDataFiles_data() {
-        QTest::addColumn<QString>("setup");
-        QTest::addColumn<bool>("continues");
-        QTest::addColumn<QString>("failure");  // "" for none; %P% Pictaro's folder, %D% the data folder
-        QTest::addColumn<double>("myLat");     // own position found from the own record, else 0
-        QTest::addColumn<QString>("ready");    // "nl": the Dutch Ready text on lblCall; "en": the English one
-        QTest::addColumn<QStringList>("nicknames");
-        QTest::addColumn<QStringList>("maps");
-        const QStringList nick{"PA3XYZ*Jan", "G4ABC*Ally"};
-        const QStringList maps{"World Map.jpg"};
-        QTest::newRow("no call file") << "nodb" << true << "" << 0.0 << "nl" << nick << maps;
-        QTest::newRow("empty call file") << "emptydb" << true << "" << 0.0 << "nl" << nick << maps;
-        QTest::newRow("call file with a partial last record") << "partialdb" << true << "" << 52.0907 << "nl" << nick
-                                                              << maps;
-        QTest::newRow("language file cut short") << "shortlang" << true << "" << 52.0907 << "nl" << nick << maps;
-        QTest::newRow("language line without =")
-            << "noequals" << true << "Taalbestand ontbreekt of corrupt.\r\n%D%/Languages/Norvane_Dutch.Language"
-            << 52.0907 << "nl" << nick << maps;
+    // The window loads as far as the files allow, says what is wrong where something is, and
+    // never loses a record.
+    void damagedOrMissingFiles_data() {
+        QTest::addColumn<Damage>("c");
+        const QString cfg = "%P%app.cfg", nick = "%D%/nicknames.txt", db = "%D%/Norvane-DB.db", map = "%D%/Maps/";
+        const QString nl = "%D%/Languages/Norvane_Dutch.Language", noLanguage = "Taalbestand ontbreekt of corrupt.\r\n" + nl;
+        const QString notFound = "File not found\r\n", pastEnd = "Input past end of file\r\n" + cfg;
+        QList<QByteArray> lines = readFile(PX_SOURCE_DIR "/data/Languages/Norvane_Dutch.Language").split('\r');
+        const QByteArray cut = lines.mid(0, 134).join('\r');  // up to MenuSetup
+        lines[136].replace('=', ':');                           // MenuDatabaseEditor
+        QTest::newRow("no Pictaro.exe, none running") << Damage{{{"%P%Pictaro.exe", kGone}}, false, notFound + "app.cfg"};
+        QTest::newRow("no app.cfg") << Damage{{{cfg, kGone}}, false, notFound + cfg};
+        QTest::newRow("short app.cfg") << Damage{{{cfg, appCfg("PA3XYZ", "5", 58)}}, false, pastEnd};
+        QTest::newRow("empty app.cfg") << Damage{{{cfg, ""}}, false, pastEnd};
+        QTest::newRow("no nicknames.txt") << Damage{{{nick, kGone}}, false, notFound + nick, 0, kDutch, {}};
+        QTest::newRow("no language file") << Damage{{{nl, kGone}}, true, noLanguage, 52.0907, kEnglish};
+        QTest::newRow("unknown language") << Damage{{{cfg, appCfg("PA3XYZ", "3")}}, true, "%D%/Languages/", 52.0907, kEnglish};
+        QTest::newRow("language file cut short") << Damage{.files = {{nl, cut}}, .texts = kDutchCut};
+        QTest::newRow("language line without =") << Damage{{{nl, lines.join('\r')}}, true, noLanguage, 52.0907, kDutchCut};
+        QTest::newRow("no call file") << Damage{.files = {{db, kGone}}, .myLat = 0};
+        QTest::newRow("empty call file") << Damage{.files = {{db, ""}}, .myLat = 0};
+        // More than half a record: the record count rounds it up.
+        QTest::newRow("call file with a partial last record")
+            << Damage{.files = {{db, readFile(PX_SOURCE_DIR "/data/Norvane-DB.db") + QByteArray(100, 'x')}}};
         QTest::newRow("nicknames with odd separators")
-            << "oddnick" << true << "" << 52.0907 << "nl"
-            << QStringList{"PA3XYZ*Jan", "G4ABC*Ally", "W1XYZ*Bob;Rob", "JA1XYZ*Ken, Jr"} << maps;
-        QTest::newRow("empty nickname file") << "emptynick" << true << "" << 52.0907 << "nl" << QStringList() << maps;
-        QTest::newRow("map names shorter than four characters")
-            << "shortmaps" << true << "" << 52.0907 << "nl" << nick << QStringList{"Map.jpg", "World Map.jpg"};
-        QTest::newRow("empty app.cfg") << "emptycfg" << false << "Input past end of file\r\n%P%app.cfg" << 0.0 << ""
-                                       << nick << maps;
+            << Damage{.files = {{nick, "\t\"PA3XYZ*Jan\" ;junk, ,G4ABC*Ally\t\r\r\n\n  W1XYZ*Bob;Rob  ,\"JA1XYZ*Ken, Jr\""}},
+                      .nicknames = {"PA3XYZ*Jan", "G4ABC*Ally", "W1XYZ*Bob;Rob", "JA1XYZ*Ken, Jr"}};
+        QTest::newRow("empty nickname file") << Damage{.files = {{nick, ""}}, .nicknames = {}};
+        Files shortNames;
+        for (const char* name : {"Map", "ap", "M", "Map.jpg", ".jp"}) shortNames.append({map + name, "x"});
+        QTest::newRow("map names under four characters") << Damage{.files = shortNames, .maps = {"Map.jpg", "World Map.jpg"}};
     }
 
-    void badDataFiles() {
-        QFETCH(QString, setup);
-        QFETCH(bool, continues);
-        QFETCH(QString, failure);
-        QFETCH(double, myLat);
-        QFETCH(QString, ready);
-        QFETCH(QStringList, nicknames);
-        QFETCH(QStringList, maps);
-        const QString dbPath = data + "/Norvane-DB.db";
-        const QString dutch = data + "/Languages/Norvane_Dutch.Language";
-        QFile dutchFile(dutch);
-        QVERIFY(dutchFile.open(QIODevice::ReadOnly));
-        QList<QByteArray> dutchLines = dutchFile.readAll().split('\r');
-        dutchFile.close();
-        if (setup == "nodb") QVERIFY(QFile::remove(dbPath));
-        if (setup == "emptydb") writeFile(dbPath, "");
-        if (setup == "partialdb") {
-            QFile db(dbPath);
-            QVERIFY(db.open(QIODevice::Append));
-            db.write(QByteArray(100, 'x'));  // more than half a record: the count rounds it up
-        }
-        if (setup == "shortlang") writeFile(dutch, dutchLines.mid(0, 134).join('\r'));  // up to MenuSetup
-        if (setup == "noequals") {
-            dutchLines[136].replace('=', ':');  // MenuDatabaseEditor
-            writeFile(dutch, dutchLines.join('\r'));
-        }
-        if (setup == "oddnick")
-            writeFile(data + "/nicknames.txt",
-                      "\t\"PA3XYZ*Jan\" ;junk, ,G4ABC*Ally\t\r\r\n\n  W1XYZ*Bob;Rob  ,\"JA1XYZ*Ken, Jr\"");
-        if (setup == "emptynick") writeFile(data + "/nicknames.txt", "");
-        if (setup == "shortmaps")
-            for (const char* name : {"Map", "ap", "M", "Map.jpg", ".jp"}) writeFile(data + "/Maps/" + name, "x");
-        if (setup == "emptycfg") writeFile(pictaro + "app.cfg", "");
-        QByteArray dbBefore;
-        if (QFile db(dbPath); db.open(QIODevice::ReadOnly)) dbBefore = db.readAll();
+    void damagedOrMissingFiles() {
+        QFETCH(Damage, c);
+        writeFiles(c.files);
+        const QByteArray dbBefore = readFile(data + "/Norvane-DB.db", "");
 
-        ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QCOMPARE(ok, continues);
-        failure.replace("%P%", pictaro).replace("%D%", data);
-        QCOMPARE(failures, failure.isEmpty() ? QStringList() : QStringList{"PX RxOk|" + failure});
-        QCOMPARE(form->lstNicknames, nicknames);
-        QCOMPARE(form->lstMap, maps);
-        if (!continues) return;
-        QCOMPARE(g.MyLat, myLat);
-        // Texts the file reached are Dutch, the others the built-in English ones.
-        QCOMPARE(g.Texts.Ready, QString("Kopieer een roepnaam en druk op F8"));
+        QCOMPARE(load(), c.continues);
+        QCOMPARE(failures, c.failure.isEmpty() ? QStringList() : QStringList{"PX RxOk|" + at(c.failure)});
+        QCOMPARE(form->lstNicknames, c.nicknames);
+        QCOMPARE(form->lstMap, c.maps);
+        if (!c.continues) return;
+        QCOMPARE(g.MyLat, c.myLat);
+        QCOMPARE((QStringList{g.Texts.Ready, g.Texts.MenuSetup, g.Texts.FieldCall}), c.texts);
         QCOMPARE(form->lblCall->text(), g.Texts.Ready);
-        const bool wholeFile = setup != "shortlang" && setup != "noequals";
-        QCOMPARE(g.Texts.MenuSetup, QString("Eigen station"));
-        QCOMPARE(g.Texts.FieldCall == "Call sign", !wholeFile);
 
-        // The call file: no record lost, a search still works, nothing written by the load
-        // beyond the empty file a missing one becomes.
-        QFile db(dbPath);
-        QVERIFY(db.open(QIODevice::ReadOnly));
-        QCOMPARE(db.readAll(), dbBefore);
-        db.close();
+        // A search still works, and nothing is written beyond the empty file a missing one becomes.
         form->show();
-        QVERIFY(settle(*form));
-        form->txtCall->setText("G4ABC");
-        QTest::keyClick(form->txtCall, Qt::Key_Return);
-        if (dbBefore.size() >= 167) {
-            QCOMPARE(form->lblCall->text(), "G4ABC  (" + g.Texts.SourceDatabase + ")");
-            const QString suffix = nicknames.contains("G4ABC*Ally") ? "  (Ally)" : "";
-            QCOMPARE(form->lblName->text(), "Alice Example" + suffix);
-        } else {
-            // Not in the file: the service is asked (the stand-in does not know G4ABC).
-            QTRY_VERIFY_WITH_TIMEOUT(form->lblCall->text().startsWith(g.Texts.NotFound.trimmed()) &&
-                                         form->lblCall->text().endsWith("G4ABC"),
-                                     10000);
+        QVERIFY(settle());
+        enter(*form, "G4ABC");
+        const bool inFile = dbBefore.size() >= 167;
+        if (inFile) {
+            QCOMPARE(form->lblCall->text(), fromFile(g, "G4ABC"));
+            QCOMPARE(form->lblName->text(), "Alice Example" + QString(c.nicknames.contains("G4ABC*Ally") ? "  (Ally)" : ""));
+        } else {  // the service is asked, and the stand-in does not know G4ABC
+            QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), g.Texts.NotFound + " G4ABC", 10000);
         }
-        QVERIFY(settle(*form));
-        QVERIFY(form->cmdUpdate->isEnabled() || dbBefore.size() < 167);
-        QVERIFY(db.open(QIODevice::ReadOnly));
-        QCOMPARE(db.readAll(), dbBefore);
+        QVERIFY(settle());
+        QVERIFY(form->cmdUpdate->isEnabled() || !inFile);
+        QCOMPARE(readFile(g.callFilePath()), dbBefore);
     }
 
-    void typedCallIsLookedUpInTheCallFile() {
-        ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        form->show();
-        QTest::keyClicks(form->txtCall, "g4abc");
-        QTest::keyClick(form->txtCall, Qt::Key_Return);
-        QCOMPARE(form->lblCall->text(), "G4ABC  (" + g.Texts.SourceDatabase + ")");
-        QCOMPARE(form->lblName->text(), QString("Alice Example  (Ally)"));
+    // One window through a session: calls from the file and from the service, pictures, the setup and editor
+    // windows, and the close.
+    void lookupsAndWindows() {
+        QVERIFY(loadShown());
+        QCOMPARE(form->lblStatus->text(), QString(g.Texts.LoggedIn).replace("***", "QRZ"));
+        // F8 on a call in the file asks no service, not even for a picture none is cached of.
+        const QString kind = form->lookUp->RequestKind;
+        pressF8(*form, "de g4abc rest");
+        QCOMPARE(form->lblCall->text(), fromFile(g, "G4ABC"));
+        QCOMPARE(form->lblCall->textFormat(), Qt::PlainText);
         QCOMPARE(form->lblCtry->text(), QString("England").leftJustified(30, ' '));
+        QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("228 mi 261\u00b0 "));  // from PA3XYZ, in miles
         QCOMPARE(g.CurrentCall, QString("G4ABC"));
         QCOMPARE(g.OtherLat, 51.5072);
         QVERIFY(form->cmdUpdate->isEnabled());
-
-        // The nickname list is searched by prefix: "W1XYZ" would match "W1XYZA*..." too.
-        form->lstNicknames = QStringList{"W1XYZABC*Long", "W1XYZ*Not reached", "JA1XYZ*a*b"};
-        form->txtCall->setText("W1XYZ");
-        QTest::keyClick(form->txtCall, Qt::Key_Return);
-        QCOMPARE(form->lblName->text(), QString("John Q Example  (Long)"));
-        form->txtCall->setText("JA1XYZ");
-        QTest::keyClick(form->txtCall, Qt::Key_Return);
-        QCOMPARE(form->lblName->text(), QString("Taro Rei"));  // three parts: no nickname
-
-        QCOMPARE(form->lblCall->textFormat(), Qt::PlainText);
-    }
-
-    // Waits until the busy pointer is gone (a failed download stays listed in PendingDownloads).
-    static bool settle(Form1&) {
-        return QTest::qWaitFor([] { return !QApplication::overrideCursor(); }, 10000);
-    }
-
-    void f8OnAKnownCallAsksNoService() {
-        ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        form->show();
-        QVERIFY(settle(*form));  // the login check of the start
-        const QString kind = form->lookUp->RequestKind;
-        QGuiApplication::clipboard()->setText("de g4abc rest");
-        QTest::keyClick(form.get(), Qt::Key_F8);
-        QCOMPARE(form->lblCall->text(), "G4ABC  (" + g.Texts.SourceDatabase + ")");
-        QCOMPARE(form->lblName->text(), QString("Alice Example  (Ally)"));
-        // From PA3XYZ (52.0907, 5.1214) to G4ABC (51.5072, -0.1276) in miles.
-        QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("228 mi 261\u00b0 "));
         QCOMPARE(form->lookUp->RequestKind, kind);
-        QCOMPARE(form->lookUp->PendingDownloads, QString(QChar(0)));
         QVERIFY(!QApplication::overrideCursor());
         QCOMPARE(beeps, QList<int>());
-    }
 
-    void f8OnANewCallFetchesStoresAndShowsThePicture() {
-        ModuleValues g;
-        auto form = loadShown(g);
-        QVERIFY(form);
-        QCOMPARE(form->lblStatus->text(), QString(g.Texts.LoggedIn).replace("***", "QRZ"));
-        QGuiApplication::clipboard()->setText("dl1abc/p");
-        QTest::keyClick(form.get(), Qt::Key_F8);
+        // A new call: fetched, kept in the file and shown with its picture.
+        pressF8(*form, "dl1abc/p");
         QCOMPARE(form->lblCall->text(), QString(g.Texts.LookingUp).replace("???", "DL1ABC"));
         QCOMPARE(form->lblName->text(), QString(g.Texts.Searching).replace("***", "QRZ") + ". . .");
         QVERIFY(QApplication::overrideCursor());
@@ -385,112 +272,56 @@ private slots:
         QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("351 mi 81\u00b0 "));
         QCOMPARE(form->lblStatus->text(), g.Texts.LookupOk);
         QTRY_COMPARE_WITH_TIMEOUT(form->lookUp->PendingDownloads, QString(QChar(0)), 10000);  // page and picture
-        QVERIFY(settle(*form));
-        // Kept in the call-sign file, exactly.
+        QVERIFY(settle());
         CallDatabase db(g.callFilePath());
         QVERIFY(db.FindCallRecord("DL1ABC") > 0);
-        const QByteArray rec(db.CurrentRecord.bytes().data(), 167);
-        QCOMPARE(rec, QByteArray("DL1ABCHans M\xfcller              Musterstra\xdf" "e 12               "
-                                 "10115 Berlin                  Germany                       "
-                                 "52.52          13.405         A           1961"));
-        // The picture: cached byte for byte and shown at the right of the frame.
-        QFile fixture(PX_SOURCE_DIR "/tests/fixtures/pictures/dl1abc.jpg");
-        QVERIFY(fixture.open(QIODevice::ReadOnly));
-        const QByteArray picture = fixture.readAll();
+        QCOMPARE(QByteArray(db.CurrentRecord.bytes().data(), 167),
+                 QByteArray("DL1ABCHans M\xfcller              Musterstra\xdf" "e 12               "
+                            "10115 Berlin                  Germany                       "
+                            "52.52          13.405         A           1961"));
         QTRY_VERIFY_WITH_TIMEOUT(form->Image1->isVisible(), 10000);
-        QFile cached(data + "/images/qrzImages/DL1ABC.jpg");
-        QVERIFY(cached.open(QIODevice::ReadOnly));
-        QCOMPARE(cached.readAll(), picture);
+        QCOMPARE(readFile(data + "/images/qrzImages/DL1ABC.jpg"), readFile(kPictures + "dl1abc.jpg"));
         QCOMPARE(form->Image1->geometry(), QRect(350 - 52 - 20, 6, 52, 39));
         QCOMPARE(beeps, QList<int>());
 
         // From the file next time: the cached picture, 10 pixels from the right.
-        form->txtCall->setText("DL1ABC");
-        QTest::keyClick(form->txtCall, Qt::Key_Return);
-        QCOMPARE(form->lblCall->text(), "DL1ABC  (" + g.Texts.SourceDatabase + ")");
+        enter(*form, "DL1ABC");
+        QCOMPARE(form->lblCall->text(), fromFile(g, "DL1ABC"));
         QCOMPARE(form->Image1->geometry(), QRect(350 - 52 - 10, 6, 52, 39));
 
-        // Another service looks the shown call up again.
         form->cboDB->setCurrentIndex(4);
         emit form->cboDB->activated(4);
         QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), "DL1ABC  (" + g.Texts.SourceWeb + "HamCall)", 10000);
         QCOMPARE(settings::GetSetting(settings::kServiceIndex, ""), QString("4"));
-        QVERIFY(settle(*form));
-    }
+        QVERIFY(settle());
 
-    void stubPicturesAreFetchedAgain() {
-        ModuleValues g;
-        auto form = loadShown(g);
-        QVERIFY(form);
         const QString cache = data + "/images/qrzImages/G4ABC.jpg";
         // 2000 bytes: the service's placeholder, fetched again and replaced by the picture.
         writeFile(cache, QByteArray(2000, 'x'));
-        form->txtCall->setText("G4ABC");
-        QTest::keyClick(form->txtCall, Qt::Key_Return);
+        enter(*form, "G4ABC");
         QCOMPARE(form->lookUp->RequestKind, QString("GetPicture"));
         QTRY_VERIFY_WITH_TIMEOUT(form->Image1->isVisible(), 10000);
-        QCOMPARE(QFileInfo(cache).size(), QFileInfo(PX_SOURCE_DIR "/tests/fixtures/pictures/g4abc.jpg").size());
+        QCOMPARE(readFile(cache), readFile(kPictures + "g4abc.jpg"));
         QCOMPARE(form->Image1->geometry(), QRect(350 - 57 - 20, 7, 57, 38));
         // 2001 bytes count as a picture: no request.
         writeFile(cache, QByteArray(2001, 'x'));
         form->lookUp->RequestKind.clear();
         QTest::keyClick(form->txtCall, Qt::Key_Return);
         QCOMPARE(form->lookUp->RequestKind, QString());
-        QVERIFY(settle(*form));
-    }
 
-    void setupMenuClosesWhenTheMouseLeaves() {
-        if (QGuiApplication::platformName() != "xcb") QSKIP("needs an X server for the pointer");
-        ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        form->move(100, 100);
-        form->show();
-        QVERIFY(QTest::qWaitForWindowExposed(form.get()));
-        QVERIFY(settle(*form));
-        QVERIFY(form->lblMaps->isHidden());  // none of its windows exists yet
-        QCursor::setPos(form->lblSetup->mapToGlobal(QPoint(3, 3)));
-        QTest::mouseClick(form->lblSetup, Qt::LeftButton, {}, QPoint(3, 3));
-        QVERIFY(form->openMenu());
-        QCOMPARE(form->openMenu()->items().size(), 3);
-        QCOMPARE(form->openMenu()->items()[0].caption, g.Texts.MenuSetup);
-        QCOMPARE(form->openMenu()->items()[1].caption, g.Texts.MenuDatabaseEditor);
-        QCOMPARE(form->openMenu()->items()[2].caption, g.Texts.MenuHelp);
-        QTest::qWait(400);
-        QVERIFY(form->openMenu());  // the mouse is still over it
-        QCursor::setPos(10, 700);
-        QTRY_VERIFY_WITH_TIMEOUT(!form->openMenu(), 2000);
-        QVERIFY(!form->tmrMenus->isActive());
-    }
-
-    void ownPositionChangeReachesTheDistanceLine() {
-        ModuleValues g;
-        auto form = loadShown(g);
-        QVERIFY(form);
-        form->txtCall->setText("G4ABC");
-        QTest::keyClick(form->txtCall, Qt::Key_Return);
-        QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("228 mi 261\u00b0 "));
+        // A new own position reaches the distance line.
         form->MnuSetupClick(0);
-        auto* setup = form->findChild<Form2*>();
-        QVERIFY(setup);
         form->MnuSetupClick(0);
         QCOMPARE(form->findChildren<Form2*>().size(), 1);  // one setup window at a time
+        auto* setup = form->findChild<Form2*>();
         setup->txtLat->setText("52.52");
         setup->txtLon->setText("13.405");
         setup->optKm->click();
         setup->close();
-        // From Berlin to G4ABC, now in kilometres.
-        QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("934 km 268\u00b0 "));
+        QCOMPARE(form->lblDxAz->text(), QString::fromUtf8("934 km 268\u00b0 "));  // from Berlin, in kilometres
         QCOMPARE(settings::GetSetting(settings::kMyLatitude, ""), QString("52.52"));
-    }
 
-    void editorNicknamesReachTheirFile() {
-        ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        QVERIFY(settle(*form));
+        // A nickname from the editor goes back to its file.
         form->MnuSetupClick(1);
         auto* editor = form->findChild<Form26*>();
         QVERIFY(editor);
@@ -498,128 +329,90 @@ private slots:
         editor->txtNickName->setText("Johnny");
         editor->close();
         QTRY_VERIFY(!form->findChild<Form26*>());
-        QFile file(data + "/nicknames.txt");
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("PA3XYZ*Jan\r\nG4ABC*Ally\r\nW1XYZ*Johnny\r\n"));
-    }
+        QCOMPARE(readFile(data + "/nicknames.txt"), QByteArray("PA3XYZ*Jan\r\nG4ABC*Ally\r\nW1XYZ*Johnny\r\n"));
 
-    void lookupFailures_data() {
-        QTest::addColumn<QString>("call");
-        QTest::addColumn<QString>("loggedIn");
-        QTest::addColumn<QString>("expected");  // %N not-found text, %L login text
-        QTest::newRow("not found") << "XX9XYZ" << "eham,qrz,hamcall" << "%N XX9XYZ";
-        QTest::newRow("login required") << "DL1ABC" << "" << "%L";
-        QTest::newRow("service error") << "ZZ500" << "qrz" << "%NZZ500";
-        QTest::newRow("service hangs") << "ZZ1HNG" << "qrz" << "%NZZ1HNG";
-    }
+        // Typed calls. The nickname list is searched by prefix: "W1XYZ" matches "W1XYZABC*..." too.
+        form->lstNicknames = QStringList{"W1XYZABC*Long", "W1XYZ*Not reached", "JA1XYZ*a*b"};
+        enter(*form, "w1xyz");
+        QCOMPARE(form->lblName->text(), QString("John Q Example  (Long)"));
+        enter(*form, "JA1XYZ");
+        QCOMPARE(form->lblName->text(), QString("Taro Rei"));  // three parts: no nickname
 
-    void lookupFailures() {
-        QFETCH(QString, call);
-        QFETCH(QString, loggedIn);
-        QFETCH(QString, expected);
-        ModuleValues g;
-        auto form = loadShown(g);
-        QVERIFY(form);
-        serverLogin(loggedIn.toLatin1().constData());
-        QFile file(g.callFilePath());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray bytesBefore = file.readAll();
-        file.close();
-        form->txtCall->setText(call);
-        QTest::keyClick(form->txtCall, Qt::Key_Return);
-        expected.replace("%N", g.Texts.NotFound).replace("%L", g.Texts.LoginRequired);
-        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), expected, 10000);
-        QVERIFY(settle(*form));
-        QCOMPARE(beeps.value(beeps.size() - 1), 700);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), bytesBefore);  // nothing kept from a failed lookup
-        QVERIFY(!form->Image1->isVisible());
-    }
-
-    // A service or picture host that cannot be reached: the lookup ends, the pointer is back
-    // to normal and the window takes the next call.
-    void unreachableHosts_data() {
-        QTest::addColumn<QString>("host");      // the settings key pointed at a host that fails
-        QTest::addColumn<QString>("expected");  // lblCall at the end; %N not-found text, %W from the service
-        QTest::addColumn<bool>("stored");       // the station is kept in the call file
-        QTest::newRow("unknown service host") << "QRZ" << "%NDL1ABC" << false;
-        QTest::newRow("picture server down") << "Pictures" << "DL1ABC  (%WQRZ)" << true;
-    }
-
-    void unreachableHosts() {
-        QFETCH(QString, host);
-        QFETCH(QString, expected);
-        QFETCH(bool, stored);
-        if (host == "QRZ") {
-            settings::SaveSetting({"Hosts", "QRZ"}, "http://no-such-host.invalid");
-        } else {
-            QTcpServer closed;  // a port nothing listens on
-            QVERIFY(closed.listen(QHostAddress::LocalHost));
-            const QString url = QString("http://127.0.0.1:%1").arg(closed.serverPort());
-            closed.close();
-            const QByteArray key = host.toLatin1();
-            settings::SaveSetting({"Hosts", key.constData()}, url);
-        }
-        ModuleValues g;
-        auto form = loadShown(g);
-        QVERIFY(form);
-        QFile file(g.callFilePath());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray bytesBefore = file.readAll();
-        file.close();
-        QGuiApplication::clipboard()->setText("dl1abc");
-        QTest::keyClick(form.get(), Qt::Key_F8);
-        expected.replace("%N", g.Texts.NotFound).replace("%W", g.Texts.SourceWeb);
-        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), expected, 10000);
-        QVERIFY(settle(*form));
-        QVERIFY(!QApplication::overrideCursor());
-        QVERIFY(!form->Image1->isVisible());
-        CallDatabase db(g.callFilePath());
-        QCOMPARE(db.FindCallRecord("DL1ABC") > 0, stored);
-        if (!stored) {
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            QCOMPARE(file.readAll(), bytesBefore);  // nothing kept from a failed lookup
-            file.close();
-        }
-        // The window takes the next call: G4ABC from the file, the button enabled again.
-        form->txtCall->setText("G4ABC");
-        QTest::keyClick(form->txtCall, Qt::Key_Return);
-        QCOMPARE(form->lblCall->text(), "G4ABC  (" + g.Texts.SourceDatabase + ")");
-        QVERIFY(form->cmdUpdate->isEnabled());
-        QVERIFY(settle(*form));
-    }
-
-    void titleBarCloseHidesAndUnloadEnds() {
-        ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
-        auto* other = new QWidget;
-        other->setObjectName("Form2");
-        other->show();
-        form->show();
+        // The title bar's close only hides; Unload closes the other windows too.
+        QWidget other;
+        other.setObjectName("Form2");
+        other.show();
         QVERIFY(QTest::qWaitForWindowExposed(form.get()));
-        QVERIFY(!form->close());  // the close is cancelled
+        QVERIFY(!form->close());
         QVERIFY(!form->isVisible() || form->isMinimized());
-        QCOMPARE(QApplication::topLevelWidgets().contains(form.get()), true);
+        QVERIFY(QApplication::topLevelWidgets().contains(form.get()));
         form->Unload();
-        QVERIFY(!other->isVisible());
-        delete other;
+        QVERIFY(!other.isVisible());
     }
 
-    void placedAtTheVersionMarkWindow() {
-        if (QGuiApplication::platformName() != "xcb") QSKIP("needs an X server");
+    // Placed at the window carrying the version mark; the setup menu closes once the pointer leaves.
+    void versionMarkAndSetupMenu() {
+        if (QGuiApplication::platformName() != "xcb") QSKIP("needs an X server for the windows and the pointer");
         QWidget marked;
         marked.setWindowTitle("Pictaro Ver:07/OCT/2014 stand-in");
         marked.setGeometry(230, 140, 200, 100);
         marked.show();
         QVERIFY(QTest::qWaitForWindowExposed(&marked));
         QTest::qWait(100);
-        ModuleValues g;
-        bool ok = false;
-        auto form = load(g, &ok);
-        QVERIFY(ok);
+        QVERIFY(load());
         QCOMPARE(form->frameGeometry().topLeft(), marked.frameGeometry().topLeft());
+        marked.hide();
+        form->move(100, 100);
+        form->show();
+        QVERIFY(QTest::qWaitForWindowExposed(form.get()));
+        QVERIFY(settle());
+        QVERIFY(form->lblMaps->isHidden());  // none of its windows exists yet
+        QCursor::setPos(form->lblSetup->mapToGlobal(QPoint(3, 3)));
+        QTest::mouseClick(form->lblSetup, Qt::LeftButton, {}, QPoint(3, 3));
+        QVERIFY(form->openMenu());
+        QStringList captions;
+        for (const MenuItem& item : form->openMenu()->items()) captions << item.caption;
+        QCOMPARE(captions, (QStringList{g.Texts.MenuSetup, g.Texts.MenuDatabaseEditor, g.Texts.MenuHelp}));
+        QTest::qWait(400);
+        QVERIFY(form->openMenu());  // the mouse is still over it
+        QCursor::setPos(10, 700);
+        QTRY_VERIFY_WITH_TIMEOUT(!form->openMenu(), 2000);
+        QVERIFY(!form->tmrMenus->isActive());
+    }
+
+    // A lookup that fails ends with the pointer back to normal, keeps nothing, and leaves the
+    // window ready for the next call. F8 and a typed call share everything past the call text.
+    void failedLookups_data() {
+        QTest::addColumn<Failed>("c");
+        const QString all = "eham,qrz,hamcall";
+        QTcpServer closed;  // its port is one nothing listens on once it closes
+        QVERIFY(closed.listen(QHostAddress::LocalHost));
+        const QString down = QString("http://127.0.0.1:%1").arg(closed.serverPort());
+        QTest::newRow("not found") << Failed{"XX9XYZ", all, {}, "%N XX9XYZ"};
+        QTest::newRow("login required") << Failed{"DL1ABC", "", {}, "%L"};
+        QTest::newRow("service error") << Failed{"ZZ500", "qrz", {}, "%NZZ500"};
+        QTest::newRow("service hangs") << Failed{"ZZ1HNG", "qrz", {}, "%NZZ1HNG"};
+        QTest::newRow("unknown service host") << Failed{"DL1ABC", all, {"QRZ", "http://no-such-host.invalid"}, "%NDL1ABC"};
+        QTest::newRow("picture server down") << Failed{"DL1ABC", all, {"Pictures", down}, "DL1ABC  (%WQRZ)", true, 0};
+    }
+
+    void failedLookups() {
+        QFETCH(Failed, c);
+        if (!c.host.first.isEmpty()) settings::SaveSetting({"Hosts", qPrintable(c.host.first)}, c.host.second);
+        QVERIFY(loadShown());
+        serverLogin(c.loggedIn.toLatin1());
+        const QByteArray before = readFile(g.callFilePath());
+        enter(*form, c.call);
+        c.expected.replace("%N", g.Texts.NotFound).replace("%L", g.Texts.LoginRequired).replace("%W", g.Texts.SourceWeb);
+        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), c.expected, 10000);
+        QVERIFY(settle());
+        QCOMPARE(beeps.value(beeps.size() - 1), c.lastTone);
+        QVERIFY(!form->Image1->isVisible());
+        if (c.stored) QVERIFY(CallDatabase(g.callFilePath()).FindCallRecord("DL1ABC") > 0);
+        else QCOMPARE(readFile(g.callFilePath()), before);
+        enter(*form, "G4ABC");
+        QCOMPARE(form->lblCall->text(), fromFile(g, "G4ABC"));
+        QVERIFY(form->cmdUpdate->isEnabled());
     }
 };
 

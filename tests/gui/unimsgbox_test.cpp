@@ -1,4 +1,4 @@
-// The message box's layout, sounds and results.
+// The message box's layout, icons, sounds and results.
 #include "ui/beep.h"
 #include "ui/unimsgbox.h"
 
@@ -9,144 +9,91 @@
 #include <QTest>
 #include <QTimer>
 
+using Tones = QList<QPair<int, int>>;  // (kind, hz)
+
+struct Box {
+    double points; int style; QString prompt;   // style: the buttons plus the icon
+    QSize size; int labelHeight; QRect button;  // button: the right slot's left, and every button's top and size
+    QList<int> lefts;                           // cmd1, cmd2, cmd3; -1 hidden
+    QString image; QRect place; Tones tones;    // the icon label shown ("" none), where, and the tones
+};
+Q_DECLARE_METATYPE(Box)
+
 class UniMsgBoxTest : public QObject {
     Q_OBJECT
 
-    QList<QPair<int, int>> beeps;  // (kind, hz)
+    Tones beeps;
 
-    static void setMessageFontSize(double points) {
-        QFont f = QApplication::font();
-        f.setPointSizeF(points);
-        QApplication::setFont(f, "QMessageBox");
-    }
+    static void setFontSize(double points) { QFont f; f.setPointSizeF(points); QApplication::setFont(f, "QMessageBox"); }
 
 private slots:
-    void init() {
-        beeps.clear();
-        sound::SetListener([this](int kind, int hz, int) { beeps.append({kind, hz}); });
-    }
-    void cleanup() { sound::SetListener({}); }
+    void init() { sound::SetListener([this](int kind, int hz, int) { beeps.append({kind, hz}); }); }
+    void cleanup() { sound::SetListener({}); beeps.clear(); }
 
-    void layoutByFontSizeAndStyle_data() {
-        QTest::addColumn<double>("points");
-        QTest::addColumn<int>("buttons");
-        QTest::addColumn<QString>("prompt");
-        // expected: box size, label height, button top/width/height, and each button's left (-1 hidden)
-        QTest::addColumn<QSize>("box");
-        QTest::addColumn<int>("labelHeight");
-        QTest::addColumn<QRect>("button");  // left of the right slot, top, width, height
-        QTest::addColumn<QList<int>>("lefts");  // cmd1, cmd2, cmd3
-        QTest::newRow("8 pt, one button, one line") << 8.0 << 64 << "Saved." << QSize(445, 181) << 21
-                                                    << QRect(365, 30, 70, 30) << QList<int>{365, -1, -1};
-        QTest::newRow("9 pt, two buttons, two lines") << 9.0 << 4 << "Delete?\r\nSure" << QSize(445, 202) << 42
-                                                      << QRect(350, 25, 85, 32) << QList<int>{255, 350, -1};
-        QTest::newRow("11.5 pt, style 5") << 11.5 << 5 << "a" << QSize(445, 181) << 21 << QRect(350, 25, 85, 32)
-                                          << QList<int>{255, 350, -1};
-        QTest::newRow("12 pt, three buttons, three lines") << 12.0 << 2 + 48 << "a\r\nb\r\nc" << QSize(445, 223) << 63
-                                                           << QRect(335, 20, 100, 35) << QList<int>{225, 335, 115};
-        QTest::newRow("style 3") << 14.0 << 3 << "a" << QSize(445, 181) << 21 << QRect(335, 20, 100, 35)
-                                 << QList<int>{225, 335, 115};
+    void layoutIconAndSound_data() {
+        QTest::addColumn<Box>("c");
+        const QRect small{365, 30, 70, 30}, mid{350, 25, 85, 32}, large{335, 20, 100, 35};
+        const QList<int> one{365, -1, -1}, two{255, 350, -1}, three{225, 335, 115};
+        QTest::newRow("8 pt, information")
+            << Box{8, 64, "Saved.", {445, 181}, 21, small, one, "imgInformation", {10, 30, 40, 40}, {{0, 64}}};
+        QTest::newRow("critical") << Box{8, 16, "x", {445, 181}, 21, small, one, "imgCritical", {15, 25, 48, 48}, {{0, 16}}};
+        QTest::newRow("question") << Box{8, 32, "x", {445, 181}, 21, small, one, "imgQuestion", {15, 25, 48, 48}, {}};
+        QTest::newRow("no icon") << Box{8, 0, "x", {445, 181}, 21, small, one, "", {}, {}};
+        QTest::newRow("9 pt, two buttons, two lines") << Box{9, 4, "Delete?\r\nSure", {445, 202}, 42, mid, two, "", {}, {}};
+        QTest::newRow("11.5 pt, style 5") << Box{11.5, 5, "a", {445, 181}, 21, mid, two, "", {}, {}};
+        QTest::newRow("12 pt, three buttons, three lines, exclamation")
+            << Box{12, 2 + 48, "a\r\nb\r\nc", {445, 223}, 63, large, three, "imgExclamation", {10, 10, 50, 50}, {{0, 48}}};
+        QTest::newRow("14 pt, style 3") << Box{14, 3, "a", {445, 181}, 21, large, three, "", {}, {}};
     }
 
-    void layoutByFontSizeAndStyle() {
-        QFETCH(double, points);
-        QFETCH(int, buttons);
-        QFETCH(QString, prompt);
-        QFETCH(QSize, box);
-        QFETCH(int, labelHeight);
-        QFETCH(QRect, button);
-        QFETCH(QList<int>, lefts);
-        setMessageFontSize(points);
+    void layoutIconAndSound() {
+        QFETCH(Box, c);
+        setFontSize(c.points);
         UniMsgBox m;
-        m.Prepare(nullptr, prompt, buttons, "PX callsigns", "Yes", "No", "Cancel");
-        QCOMPARE(m.size(), box);
-        QCOMPARE(m.lblPrompt->geometry(), QRect(85, 30, UniMsgBox::kPromptWidth, labelHeight));
-        QCOMPARE(m.pic1->geometry(), QRect(0, box.height() - 70, box.width(), 70));
-        QCOMPARE(UniMsgBoxRightSlot(), button.left());
-        const QList<QPushButton*> all{m.cmd1, m.cmd2, m.cmd3};
-        for (int i = 0; i < 3; ++i) {
-            QCOMPARE(!all[i]->isHidden(), lefts[i] >= 0);
-            if (lefts[i] >= 0) {
-                QCOMPARE(all[i]->geometry(), QRect(lefts[i], button.top(), button.width(), button.height()));
-            }
-        }
-        // The rightmost button ends 10 pixels from the strip's edge.
-        QCOMPARE(m.cmd2->isHidden() ? m.cmd1->geometry().right() + 1 : m.cmd2->geometry().right() + 1, box.width() - 10);
+        m.Prepare(nullptr, c.prompt, c.style, "PX callsigns", "Yes", "No", "Cancel");
+        QCOMPARE(m.size(), c.size);
         QCOMPARE(m.windowTitle(), QString("PX callsigns"));
-        QCOMPARE(m.lblPrompt->text(), QString(prompt).replace("\r\n", "\n"));
-    }
-
-    void iconsAndSounds_data() {
-        QTest::addColumn<int>("icon");
-        QTest::addColumn<QString>("image");
-        QTest::addColumn<QRect>("place");
-        QTest::addColumn<int>("beep");  // 0: none
-        QTest::newRow("critical") << 16 << "imgCritical" << QRect(15, 25, 48, 48) << 16;
-        QTest::newRow("question") << 32 << "imgQuestion" << QRect(15, 25, 48, 48) << 0;
-        QTest::newRow("exclamation") << 48 << "imgExclamation" << QRect(10, 10, 50, 50) << 48;
-        QTest::newRow("information") << 64 << "imgInformation" << QRect(10, 30, 40, 40) << 64;
-        QTest::newRow("none") << 0 << "" << QRect() << 0;
-    }
-
-    void iconsAndSounds() {
-        QFETCH(int, icon);
-        QFETCH(QString, image);
-        QFETCH(QRect, place);
-        QFETCH(int, beep);
-        UniMsgBox m;
-        m.Prepare(nullptr, "x", icon, "t", "OK");
+        QCOMPARE(m.lblPrompt->text(), QString(c.prompt).replace("\r\n", "\n"));
+        QCOMPARE(m.lblPrompt->geometry(), QRect(85, 30, UniMsgBox::kPromptWidth, c.labelHeight));
+        QCOMPARE(m.pic1->geometry(), QRect(0, c.size.height() - 70, c.size.width(), 70));
+        QCOMPARE(UniMsgBoxRightSlot(), c.button.left());
+        QList<QRect> shown, expected;  // an empty rectangle for a hidden button
+        for (QPushButton* b : {m.cmd1, m.cmd2, m.cmd3}) shown << (b->isHidden() ? QRect() : b->geometry());
+        for (int left : c.lefts) expected << (left < 0 ? QRect() : c.button.translated(left - c.button.left(), 0));
+        QCOMPARE(shown, expected);
         for (QLabel* l : {m.imgCritical, m.imgQuestion, m.imgExclamation, m.imgInformation}) {
-            QCOMPARE(!l->isHidden(), l->objectName() == image);
-            if (l->objectName() == image) {
-                QCOMPARE(l->geometry(), place);
-            }
+            QCOMPARE(!l->isHidden(), l->objectName() == c.image);
+            if (l->objectName() == c.image) QCOMPARE(l->geometry(), c.place);
         }
-        const QList<QPair<int, int>> expected = beep ? QList<QPair<int, int>>{{0, beep}} : QList<QPair<int, int>>{};
-        QCOMPARE(beeps, expected);
+        QCOMPARE(beeps, c.tones);
     }
 
     void resultsPerButton() {
-        for (const auto& [index, expected] : QList<QPair<int, int>>{{0, 7}, {1, 6}, {2, 2}}) {
+        for (const auto& [index, expected] : QList<QPair<int, int>>{{0, 7}, {1, 6}, {2, 2}, {-1, 0}}) {  // -1: closed
             UniMsgBox m;
             m.Prepare(nullptr, "x", 2, "t", "A", "B", "C");
-            const QList<QPushButton*> all{m.cmd1, m.cmd2, m.cmd3};
-            QTimer::singleShot(0, all[index], [b = all[index]] { b->click(); });
+            QTimer::singleShot(0, &m, [&m, i = index] { i < 0 ? m.reject() : QList{m.cmd1, m.cmd2, m.cmd3}[i]->click(); });
             m.exec();
             QCOMPARE(m.result(), expected);
         }
-        // The whole call: an information box with one button answers 7.
-        QTimer::singleShot(0, [] {
-            for (QWidget* w : QApplication::topLevelWidgets())
-                if (auto* box = qobject_cast<UniMsgBox*>(w)) box->cmd1->click();
-        });
-        QCOMPARE(ShowUniMsgBox(nullptr, "Saved", 64, "PX callsigns", "Ok"), 7);
-        UniMsgBox closed;
-        closed.Prepare(nullptr, "x", 0, "t", "OK");
-        QTimer::singleShot(0, &closed, &QDialog::reject);
-        closed.exec();
-        QCOMPARE(closed.result(), 0);
+        QTimer::singleShot(0, [] { qobject_cast<UniMsgBox*>(QApplication::activeModalWidget())->cmd1->click(); });
+        QCOMPARE(ShowUniMsgBox(nullptr, "Saved", 64, "PX callsigns", "Ok"), 7);  // the whole call
     }
 
     void centredOverTheOwnerAndKeptOnScreen() {
-        setMessageFontSize(8);
+        setFontSize(8);
         const QRect desk = QGuiApplication::primaryScreen()->virtualGeometry();
         QWidget owner;
-        struct Case {
-            QRect owner;
-            QPoint expected;
-        };
-        for (const Case& c : {Case{{100, 100, 645, 381}, {200, 200}},                    // centred
-                              Case{{-500, -300, 100, 100}, {0, 0}},                      // negatives become 0
-                              Case{{desk.right() - 50, desk.bottom() - 50, 100, 100},   // past the edges
-                                   {desk.right() + 1 - 445, desk.bottom() + 1 - 181}}}) {
-            owner.setGeometry(c.owner);
+        for (const auto& [place, at, expected] : QList<std::tuple<QRect, QPoint, QPoint>>{
+                 {{100, 100, 645, 381}, {}, {200, 200}},  // centred
+                 {{-500, -300, 100, 100}, {}, {0, 0}},    // negatives become 0
+                 {{desk.right() - 50, desk.bottom() - 50, 100, 100}, {}, {desk.right() + 1 - 445, desk.bottom() + 1 - 181}},
+                 {{100, 100, 645, 381}, {33, 44}, {33, 44}}}) {  // placed by the caller
+            owner.setGeometry(place);
             UniMsgBox m;
-            m.Prepare(&owner, "x", 0, "t", "OK");
-            QCOMPARE(m.pos(), c.expected);
+            m.Prepare(&owner, "x", 0, "t", "OK", "", "", "", at.x(), at.y());
+            QCOMPARE(m.pos(), expected);
         }
-        UniMsgBox placed;
-        placed.Prepare(&owner, "x", 0, "t", "OK", "", "", "", 33, 44);
-        QCOMPARE(placed.pos(), QPoint(33, 44));
     }
 };
 
