@@ -4,10 +4,8 @@
 // killed run must never change what a later command writes. (An update overwrites its record in
 // place with one write; the kernel could split that write at a page boundary, but that window is
 // far narrower than anything these trials can hit.)
-#include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
-#include <QString>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -16,7 +14,9 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <initializer_list>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <random>
 #include <set>
@@ -35,8 +35,8 @@ extern char** environ;
 namespace {
 
 // The record layout, written out here so that the test does not take it from the code it checks.
-constexpr int kRecordSize = 167;
-constexpr std::array<int, 9> kWidths{6, 25, 30, 30, 30, 15, 15, 12, 4};
+constexpr size_t kRecordSize = 167;
+constexpr std::array<size_t, 9> kWidths{6, 25, 30, 30, 30, 15, 15, 12, 4};
 constexpr std::array<const char*, 9> kOptions{"--call", "--name", "--add1", "--add2", "--ctry",
                                               "--lat",  "--lon",  "--class", "--year"};
 constexpr int kInitialRecords = 20000;
@@ -44,97 +44,48 @@ constexpr int kTrials = 300;
 
 using Fields = std::array<std::string, 9>;
 using Clock = std::chrono::steady_clock;
+// Records by call: the calls are upper-case letters and digits, so map order is the file's byte order.
+using Model = std::map<std::string, std::string>;
 
 std::string recordOf(const Fields& f) {
     std::string rec;
-    for (size_t i = 0; i < f.size(); ++i) {
-        std::string field = f[i].substr(0, static_cast<size_t>(kWidths[i]));
-        field.resize(static_cast<size_t>(kWidths[i]), ' ');
-        rec += field;
-    }
+    for (size_t i = 0; i < f.size(); ++i) rec += (f[i] + std::string(kWidths[i], ' ')).substr(0, kWidths[i]);
     return rec;
 }
 
-std::string callOf(const std::string& rec) {
-    std::string call = rec.substr(0, 6);
-    call.erase(call.find_last_not_of(' ') + 1);
-    return call;
+std::string bytesOf(const Model& model) {
+    std::string all;
+    for (const auto& [call, rec] : model) all += rec;
+    return all;
 }
 
-// The records in the file's order: the calls here are distinct upper-case letters and digits, so
-// that order is their plain byte order.
-class Model {
-public:
-    std::string bytes() const {
-        std::string all;
-        all.reserve(records_.size() * kRecordSize);
-        for (const auto& [call, rec] : records_) all += rec;
-        return all;
-    }
-    // Adds, or replaces the record of the same call.
-    void put(const std::string& rec) {
-        const std::string call = callOf(rec);
-        auto it = std::lower_bound(records_.begin(), records_.end(), call,
-                                   [](const auto& r, const std::string& c) { return r.first < c; });
-        if (it != records_.end() && it->first == call)
-            it->second = rec;
-        else
-            records_.insert(it, {call, rec});
-    }
-    void remove(const std::string& call) {
-        records_.erase(std::remove_if(records_.begin(), records_.end(), [&](const auto& r) { return r.first == call; }),
-                       records_.end());
-    }
-    size_t size() const { return records_.size(); }
-    const std::string& callAt(size_t i) const { return records_[i].first; }
-    const std::string& recordAt(size_t i) const { return records_[i].second; }
+struct Maker {
+    std::mt19937_64 rng{0x6b696c6cULL};
+    std::set<std::string> used;
 
-private:
-    std::vector<std::pair<std::string, std::string>> records_;
-};
+    std::string any(std::initializer_list<const char*> texts) { return texts.begin()[rng() % texts.size()]; }
+    std::string num(unsigned from, unsigned count) { return std::to_string(from + rng() % count); }
 
-class Maker {
-public:
-    explicit Maker(uint64_t seed) : rng_(seed) {}
-
-    std::string newCall(std::set<std::string>& used) {
-        static constexpr const char* kPrefixes[] = {"K", "W", "N", "AA", "KB", "KD", "VE", "DL", "JA", "G", "M", "PY"};
+    std::string newCall() {
         for (;;) {
-            std::string call = kPrefixes[rng_() % std::size(kPrefixes)];
-            call += static_cast<char>('0' + rng_() % 10);
-            const size_t suffix = call.size() == 2 ? 1 + rng_() % 4 : 1 + rng_() % 3;
-            for (size_t i = 0; i < suffix; ++i) call += static_cast<char>('A' + rng_() % 26);
+            std::string call = any({"K", "W", "N", "AA", "KB", "KD", "VE", "DL", "JA", "G", "M", "PY"}) + num(0, 10);
+            const size_t suffix = call.size() == 2 ? 1 + rng() % 4 : 1 + rng() % 3;
+            for (size_t i = 0; i < suffix; ++i) call += static_cast<char>('A' + rng() % 26);
             if (used.insert(call).second) return call;
         }
     }
 
     Fields fields(const std::string& call, const std::string& tag) {
-        static constexpr const char* kNames[] = {"Ada Lowe", "Ben Ortiz", "Cleo Marsh", "Dev Patel", "Edda Holm"};
-        static constexpr const char* kTowns[] = {"Salem, OR 97301", "Dover, DE 19901", "Bergen 5003", "Osaka 530"};
-        const unsigned number = static_cast<unsigned>(1 + rng_() % 9999);
-        return {call,
-                std::string(kNames[rng_() % std::size(kNames)]) + ' ' + tag,
-                std::to_string(number) + " Ridge Rd",
-                kTowns[rng_() % std::size(kTowns)],
-                rng_() % 2 ? "United States" : "Norway",
-                std::to_string(10 + rng_() % 60) + "." + std::to_string(1000 + rng_() % 9000),
-                "-" + std::to_string(10 + rng_() % 160) + "." + std::to_string(1000 + rng_() % 9000),
-                rng_() % 2 ? "Extra" : "General",
-                std::to_string(1940 + rng_() % 60)};
+        return {call, any({"Ada Lowe", "Ben Ortiz", "Cleo Marsh", "Dev Patel", "Edda Holm"}) + ' ' + tag,
+                num(1, 9999) + " Ridge Rd", any({"Salem, OR 97301", "Dover, DE 19901", "Bergen 5003", "Osaka 530"}),
+                any({"United States", "Norway"}), num(10, 60) + "." + num(1000, 9000),
+                "-" + num(10, 160) + "." + num(1000, 9000), any({"Extra", "General"}), num(1940, 60)};
     }
-
-    uint64_t next() { return rng_(); }
-    double uniform(double from, double to) { return std::uniform_real_distribution<double>(from, to)(rng_); }
-
-private:
-    std::mt19937_64 rng_;
 };
 
 std::string readFile(const QString& path) {
     QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) return "<missing>";
-    const QByteArray b = f.readAll();
-    return std::string(b.constData(), static_cast<size_t>(b.size()));
+    return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : "<missing>";
 }
 
 void writeFile(const QString& path, const std::string& bytes) {
@@ -150,156 +101,98 @@ int64_t changedAt(const QString& path) {
     return static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
 }
 
-struct Outcome {
-    bool killed = false;  // ended by our SIGKILL (otherwise it exited by itself)
-    int exitCode = -1;
-    double seconds = 0;
-};
+// killed: by our SIGKILL; otherwise the tool exited by itself with exitCode.
+struct Outcome { bool killed = false; int exitCode = -1; double seconds = 0; };
 
 // Runs the tool with its output thrown away; kills it after `killAfter` seconds unless negative.
 Outcome runTool(const std::vector<std::string>& args, double killAfter) {
-    std::vector<char*> argv;
-    argv.push_back(const_cast<char*>(PX_CLI));
+    std::vector<char*> argv{const_cast<char*>(PX_CLI)};
     for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
     argv.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-
-    Outcome out;
+    for (int fd : {1, 2}) posix_spawn_file_actions_addopen(&actions, fd, "/dev/null", O_WRONLY, 0);
     const auto start = Clock::now();
     pid_t pid = -1;
     const int spawned = posix_spawn(&pid, PX_CLI, &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (spawned != 0) {
         ADD_FAILURE() << "cannot start " << PX_CLI << ": " << spawned;
-        return out;
+        return {};
     }
     if (killAfter >= 0) {
         std::this_thread::sleep_until(start + std::chrono::duration<double>(killAfter));
         ::kill(pid, SIGKILL);  // the child, even when already finished, is not reaped before waitpid
     }
     int status = 0;
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
-    out.seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    out.killed = WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
-    out.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return out;
+    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) continue;
+    return {WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL, WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+            std::chrono::duration<double>(Clock::now() - start).count()};
 }
 
-std::vector<std::string> addArgs(const Fields& f, const QString& data) {
+std::vector<std::string> addArgs(const Fields& f, const std::string& data) {
     std::vector<std::string> args{"db", "add"};
-    for (size_t i = 0; i < f.size(); ++i) {
-        args.push_back(kOptions[i]);
-        args.push_back(f[i]);
-    }
-    args.push_back("--data");
-    args.push_back(data.toStdString());
+    for (size_t i = 0; i < f.size(); ++i) args.insert(args.end(), {kOptions[i], f[i]});
+    args.insert(args.end(), {"--data", data});
     return args;
-}
-
-std::vector<std::string> deleteArgs(const std::string& call, const QString& data) {
-    return {"db", "delete", call, "--data", data.toStdString()};
 }
 
 // What a file that is neither expected content holds, in words.
 std::string describe(const std::string& file, const std::string& before, const std::string& after,
-                     const std::string& newRecord) {
+                     const std::string& added) {
+    const auto records = [](const std::string& bytes) { return std::to_string(bytes.size() / kRecordSize); };
     if (file.size() % kRecordSize != 0) return "length " + std::to_string(file.size()) + " is no multiple of 167";
-    if (!newRecord.empty() && file == before + newRecord) return "the new record appended but the file not sorted";
-    std::set<std::string> calls, b, a;
-    for (size_t at = 0; at < file.size(); at += kRecordSize) calls.insert(callOf(file.substr(at, 6)));
-    for (size_t at = 0; at < before.size(); at += kRecordSize) b.insert(callOf(before.substr(at, 6)));
-    for (size_t at = 0; at < after.size(); at += kRecordSize) a.insert(callOf(after.substr(at, 6)));
-    std::string text = std::to_string(file.size() / kRecordSize) + " records";
-    if (calls != b && calls != a) text += ", a call set matching neither";
-    else text += ", the right calls in other bytes or another order";
-    return text;
+    if (!added.empty() && file == before + added) return "the new record appended but the file not sorted";
+    return records(file) + " records (" + records(before) + " before, " + records(after) + " after) in other bytes";
 }
 
-enum class Op { AddNew, Update, Delete };
-
 TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
-    QTemporaryDir dir;
+    QTemporaryDir dir, emptyDir;
     ASSERT_TRUE(dir.isValid());
-    const QString data = dir.path();
-    const QString filePath = data + QStringLiteral("/Norvane-DB.db");
-    const QString tempPath = data + QStringLiteral("/temp.db");
-
-    Maker make(0x6b696c6cULL);
-    std::set<std::string> used;
+    const std::string data = dir.path().toStdString();
+    const QString filePath = dir.path() + "/Norvane-DB.db", tempPath = dir.path() + "/temp.db";
+    Maker make;
     Model model;
     for (int i = 0; i < kInitialRecords; ++i) {
-        const std::string call = make.newCall(used);
-        model.put(recordOf(make.fields(call, "Initial")));
+        const std::string call = make.newCall();
+        model[call] = recordOf(make.fields(call, "Initial"));
     }
-    writeFile(filePath, model.bytes());
+    writeFile(filePath, bytesOf(model));
 
     // Uncontested runs of each kind (the median of five) set the range of kill delays; a command
     // that does nothing to the file gives the start-up time before which no kill can touch it.
-    const auto median = [](std::vector<double> v) {
-        std::sort(v.begin(), v.end());
-        return v[v.size() / 2];
-    };
-    QTemporaryDir emptyDir;
-    std::vector<double> startups;
-    for (int i = 0; i < 5; ++i)
-        startups.push_back(runTool({"db", "count", "--data", emptyDir.path().toStdString()}, -1).seconds);
-    const double startup = median(startups);
-    std::array<double, 3> duration{};
-    {
-        std::array<std::vector<double>, 3> runs;
-        for (int i = 0; i < 5; ++i) {
-            const std::string addCall = make.newCall(used);
-            const Fields added = make.fields(addCall, "Timing");
-            runs[static_cast<int>(Op::AddNew)].push_back(runTool(addArgs(added, data), -1).seconds);
-            model.put(recordOf(added));
-            const Fields changed = make.fields(addCall, "Timing2");
-            runs[static_cast<int>(Op::Update)].push_back(runTool(addArgs(changed, data), -1).seconds);
-            model.put(recordOf(changed));
-            runs[static_cast<int>(Op::Delete)].push_back(runTool(deleteArgs(addCall, data), -1).seconds);
-            model.remove(addCall);
-            ASSERT_EQ(readFile(filePath), model.bytes()) << "uncontested runs";
-        }
-        for (size_t k = 0; k < runs.size(); ++k) duration[k] = median(runs[k]);
+    std::array<std::vector<double>, 4> runs;  // add, update, delete, start-up
+    for (int i = 0; i < 5; ++i) {
+        runs[3].push_back(runTool({"db", "count", "--data", emptyDir.path().toStdString()}, -1).seconds);
+        const std::string call = make.newCall();
+        runs[0].push_back(runTool(addArgs(make.fields(call, "Timing"), data), -1).seconds);
+        runs[1].push_back(runTool(addArgs(make.fields(call, "Timing2"), data), -1).seconds);
+        runs[2].push_back(runTool({"db", "delete", call, "--data", data}, -1).seconds);
+        ASSERT_EQ(readFile(filePath), bytesOf(model)) << "uncontested runs";
     }
+    for (auto& r : runs) std::sort(r.begin(), r.end());
+    const auto median = [&](size_t k) { return runs[k][2]; };
+    const double startup = median(3);
 
     int oldState = 0, newState = 0, killedOld = 0, killedNew = 0, finishedFirst = 0, completed = 0;
     int killedMidWrite = 0, completedOverStale = 0, planted = 0, neither = 0;
-    std::string firstNeither;
+    std::string firstNeither, lastDeleted;  // lastDeleted: a record gone from the file, for a stale temp.db
     std::map<std::string, int> neitherKinds;
-    std::string lastDeleted;  // a record no longer in the file, for planting in a stale temp.db
     const auto begin = Clock::now();
 
     for (int trial = 0; trial < kTrials; ++trial) {
-        const std::string before = model.bytes();
+        const std::string before = bytesOf(model), where = "trial " + std::to_string(trial);
+        const size_t op = std::discrete_distribution<size_t>{4, 3, 3}(make.rng);  // add a new call, update, delete
+        const std::string call =
+            op == 0 ? make.newCall() : std::next(model.begin(), static_cast<long>(make.rng() % model.size()))->first;
+        const Fields f = make.fields(call, (op ? "U" : "T") + std::to_string(trial));  // unused by a delete
+        // The added record tells a half-done add apart; the deleted one can be planted in a temp.db.
+        const std::string added = op == 0 ? recordOf(f) : "", deleted = op == 2 ? model[call] : "";
         Model next = model;
-        std::vector<std::string> args;
-        std::string addedRecord;  // the new record of an add, for telling its half-done state
-        const uint64_t pick = make.next() % 10;
-        const Op op = pick < 4 ? Op::AddNew : pick < 7 ? Op::Update : Op::Delete;
-        std::string deletedRecord;
-        if (op == Op::AddNew) {
-            const Fields f = make.fields(make.newCall(used), "T" + std::to_string(trial));
-            addedRecord = recordOf(f);
-            next.put(addedRecord);
-            args = addArgs(f, data);
-        } else {
-            const size_t index = make.next() % model.size();
-            const std::string call = model.callAt(index);
-            if (op == Op::Update) {
-                const Fields f = make.fields(call, "U" + std::to_string(trial));
-                next.put(recordOf(f));
-                args = addArgs(f, data);
-            } else {
-                deletedRecord = model.recordAt(index);
-                next.remove(call);
-                args = deleteArgs(call, data);
-            }
-        }
-        const std::string after = next.bytes();
+        next.erase(call);
+        if (op < 2) next.emplace(call, recordOf(f));
+        const auto args = op < 2 ? addArgs(f, data) : std::vector<std::string>{"db", "delete", call, "--data", data};
+        const std::string after = bytesOf(next);
         ASSERT_NE(before, after);
 
         // Every fifth trial runs to completion, over whatever temp.db earlier kills left behind,
@@ -311,61 +204,49 @@ TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
         }
         const bool staleBefore = QFileInfo::exists(tempPath);
         const int64_t tempBefore = changedAt(tempPath);
-        const double full = duration[static_cast<int>(op)];
-        const double delay = runToEnd ? -1 : make.uniform(std::min(startup * 0.8, full * 0.5), full * 1.05);
+        const double delay = runToEnd ? -1 : std::uniform_real_distribution<double>(
+            std::min(startup * 0.8, median(op) * 0.5), median(op) * 1.05)(make.rng);
         const Outcome outcome = runTool(args, delay);
 
         const std::string file = readFile(filePath);
-        EXPECT_EQ(file.size() % kRecordSize, 0u) << "trial " << trial;
-        if (runToEnd) {
-            ++completed;
-            completedOverStale += staleBefore;
-            EXPECT_FALSE(outcome.killed);
-            EXPECT_EQ(outcome.exitCode, 0) << "trial " << trial;
-            EXPECT_EQ(file == after, true) << "trial " << trial << " ran to its end over "
-                                           << (staleBefore ? "a stale temp.db" : "no temp.db") << " but left "
-                                           << describe(file, before, after, addedRecord);
+        if (runToEnd || !outcome.killed) {
+            ++(runToEnd ? completed : finishedFirst);
+            completedOverStale += runToEnd && staleBefore;
+            EXPECT_FALSE(outcome.killed) << where;
+            EXPECT_EQ(outcome.exitCode, 0) << where;
+            EXPECT_EQ(file == after, true) << where << (runToEnd ? " ran to its end" : " finished by itself")
+                                           << " (stale temp.db: " << staleBefore << ") but left "
+                                           << describe(file, before, after, added);
             // Adds and deletes go through temp.db and leave none; an update in place never opens it.
-            if (op == Op::Update)
-                EXPECT_EQ(QFileInfo::exists(tempPath), staleBefore) << "trial " << trial;
-            else
-                EXPECT_FALSE(QFileInfo::exists(tempPath)) << "trial " << trial;
-        } else if (!outcome.killed) {
-            ++finishedFirst;
-            EXPECT_EQ(outcome.exitCode, 0) << "trial " << trial;
-            EXPECT_EQ(file == after, true) << "trial " << trial << " finished by itself but left "
-                                           << describe(file, before, after, addedRecord);
+            EXPECT_EQ(QFileInfo::exists(tempPath), op == 1 && staleBefore) << where;
         } else {
             const int64_t tempAfter = changedAt(tempPath);
             killedMidWrite += tempAfter >= 0 && tempAfter != tempBefore;
-            if (file == before) ++killedOld;
-            if (file == after) ++killedNew;
+            killedOld += file == before;
+            killedNew += file == after;
         }
 
         if (file == before) {
             ++oldState;
         } else if (file == after) {
             ++newState;
-            model = next;
-            if (!deletedRecord.empty()) lastDeleted = deletedRecord;
+            model = std::move(next);
+            if (!deleted.empty()) lastDeleted = deleted;
         } else {
-            ++neither;
-            ++neitherKinds[describe(file, before, after, addedRecord)];
-            if (firstNeither.empty())
-                firstNeither = "trial " + std::to_string(trial) + " (" +
-                               (op == Op::AddNew ? "add" : op == Op::Update ? "update" : "delete") +
+            const std::string what = describe(file, before, after, added);
+            ++neitherKinds[what];
+            if (neither++ == 0)
+                firstNeither = where + " (" + std::array{"add", "update", "delete"}[op] +
                                (runToEnd ? ", run to its end" : ", killed after " + std::to_string(delay * 1000) + " ms") +
-                               ") left " +
-                               describe(file, before, after, addedRecord);
-            // Back to the old file, so that the trials after it still test something.
-            writeFile(filePath, before);
+                               ") left " + what;
+            writeFile(filePath, before);  // back to the old file, so that later trials still test something
         }
     }
-    const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
 
-    std::cout << "[ kill test ] " << kTrials << " trials in " << seconds << " s over " << kInitialRecords
-              << " records; start-up " << startup * 1000 << " ms, uncontested add " << duration[0] * 1000
-              << " ms, update " << duration[1] * 1000 << " ms, delete " << duration[2] * 1000 << " ms\n"
+    std::cout << "[ kill test ] " << kTrials << " trials in "
+              << std::chrono::duration<double>(Clock::now() - begin).count() << " s over " << kInitialRecords
+              << " records; start-up " << startup * 1000 << " ms, uncontested add " << median(0) * 1000
+              << " ms, update " << median(1) * 1000 << " ms, delete " << median(2) * 1000 << " ms\n"
               << "[ kill test ] old file: " << oldState << " (killed " << killedOld << "), new file: " << newState
               << " (killed " << killedNew << ", finished before the kill " << finishedFirst << ", run to the end "
               << completed << "), neither: " << neither << "\n"
@@ -373,12 +254,9 @@ TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
               << "; runs to the end over a stale temp.db: " << completedOverStale << " (" << planted
               << " planted)\n";
     for (const auto& [kind, count] : neitherKinds) std::cout << "[ kill test ] neither: " << count << " x " << kind << "\n";
-    RecordProperty("old_state", oldState);
-    RecordProperty("new_state", newState);
-    RecordProperty("killed_old", killedOld);
-    RecordProperty("killed_new", killedNew);
-    RecordProperty("killed_mid_write", killedMidWrite);
-    RecordProperty("neither", neither);
+    const std::pair<const char*, int> properties[] = {{"old_state", oldState}, {"new_state", newState},
+        {"killed_old", killedOld}, {"killed_new", killedNew}, {"killed_mid_write", killedMidWrite}, {"neither", neither}};
+    for (const auto& [key, value] : properties) RecordProperty(key, value);
 
     EXPECT_EQ(neither, 0) << "first: " << firstNeither;
     // The kills really did land before, during and after the writes.
