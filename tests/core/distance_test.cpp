@@ -5,15 +5,13 @@
 
 namespace {
 
-struct Case {
-    const char* what;
-    double lat1, lon1, lat2, lon2;
-    double km, miles, azimuth;
-};
+struct Case { const char* what; double lat1, lon1, lat2, lon2; double km, miles, azimuth; };
 
 TEST(DistanceAzimuthTest, Table) {
     for (const Case& c : {
              Case{"equal points", 0, 0, 0, 0, 0, 0, 0},
+             // 1 - cos^2 d rounds below 0: the failed square root leaves the angle 0, not NaN.
+             Case{"equal points off the origin", 60.0889, 20.3236, 60.0889, 20.3236, 0, 0, 0},
              Case{"due north", 0, 0, 10, 0, 1107, 688, 0},
              Case{"due east on the equator", 0, 0, 0, 10, 1113, 691, 90},
              Case{"same meridian, southwards", 51, 5, -20, 5, 7872, 4892, 180},
@@ -36,25 +34,13 @@ TEST(DistanceAzimuthTest, Table) {
     }
 }
 
-TEST(DistanceAzimuthTest, FailedStepsLeaveTheirTargetsAlone) {
-    // Equal points: the central angle's square root fails (1 - cos^2 d rounds below 0 for
-    // this position) and the angle stays 0; taking the root anyway would give NaN and leave the
-    // incoming distance of 5 standing.
-    double distance = 5, azimuth = 7;
-    DistanceAzimuth(60.0889, 20.3236, 60.0889, 20.3236, 0, distance, azimuth);
-    EXPECT_EQ(distance, 0);
-    EXPECT_EQ(azimuth, 0);
-}
-
 TEST(DistanceAzimuthTest, Atan2FullQuadrants) {
-    constexpr double pi = 3.14159265;
+    constexpr double pi = 3.14159265;  // not the library's full-precision pi
     EXPECT_DOUBLE_EQ(Atan2Full(0, 0), pi / 2);
-    EXPECT_DOUBLE_EQ(Atan2Full(1, 1), std::atan(1.0));
     EXPECT_DOUBLE_EQ(Atan2Full(1, -1), pi - std::atan(1.0));
     EXPECT_DOUBLE_EQ(Atan2Full(-1, -1), -(pi - std::atan(1.0)));
-    EXPECT_DOUBLE_EQ(Atan2Full(2, 0), pi / 2 - 0);
-    EXPECT_DOUBLE_EQ(Atan2Full(0, -2), pi);  // not the library's full-precision pi
-    EXPECT_DOUBLE_EQ(ScaledAngle(0.5, 1), Atan2Full(std::sin(0.5), std::cos(0.5)));
+    EXPECT_DOUBLE_EQ(Atan2Full(2, 0), pi / 2);
+    EXPECT_DOUBLE_EQ(Atan2Full(0, -2), pi);
 }
 
 }  // namespace

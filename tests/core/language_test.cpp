@@ -5,18 +5,18 @@
 #include <QDir>
 #include <gtest/gtest.h>
 
+#include <map>
+
 using namespace testutil;
 
 namespace {
 
-// A language file whose line i reads "Key<i>= text<i>" (the version line carries "1").
-QByteArray languageFile(int lines, const std::function<QString(int)>& override = {}) {
+// A language file whose line i reads "Key<i>= text<i>" (the version line "Version= 1"), but for those given.
+QByteArray languageFile(int lines, const std::map<int, QString>& replaced = {}) {
     QStringList out;
-    for (int i = 0; i < lines; ++i) {
-        QString line = i == kVersionLine ? QStringLiteral("Version= 1") : QStringLiteral("Key%1= text%1").arg(i);
-        if (override && !override(i).isNull()) line = override(i);
-        out.append(line);
-    }
+    for (int i = 0; i < lines; ++i)
+        out.append(replaced.count(i) ? replaced.at(i)
+                   : i == kVersionLine ? QStringLiteral("Version= 1") : QStringLiteral("Key%1= text%1").arg(i));
     return out.join("\r\n").toLatin1() + "\r\n";
 }
 
@@ -25,22 +25,16 @@ protected:
     QTemporaryDir dir;
     LanguageTexts texts;
     void SetUp() override { QDir(dir.path()).mkdir("Languages"); }
-    void install(const char* language, const QByteArray& bytes) {
-        writeFile(dir.path() + "/Languages/Norvane_" + language + ".Language", bytes);
-    }
+    void install(const char* language, const QByteArray& bytes) { writeFile(dir.path() + "/Languages/Norvane_" + language + ".Language", bytes); }
 };
 
 TEST_F(LanguageTest, SpecialLines) {
-    install("English", languageFile(214, [](int i) -> QString {
-                if (i == 117) return "K117=   padded  ";
-                if (i == 20) return "K20=";
-                if (i == 38) return "K38=X";
-                if (i == 39) return "K39= a=b";
-                return {};
-            }));
+    install("English", languageFile(214, {{117, "K117=   padded  "}, {20, "K20="}, {38, "K38=X"}, {39, "K39= a=b"}}));
     QString shown;
     const LanguageResult r = LoadLanguage("English", dir.path(), texts, [&](const QString& t) { shown = t; });
     ASSERT_EQ(r.status, LanguageLoad::Ok);
+    EXPECT_EQ(r.message(), "");
+    EXPECT_EQ(shown, "text93");
     EXPECT_EQ(texts.UnitCaption, " text84");
     EXPECT_EQ(texts.NotLoggedIn, "text97\r\ntext98");
     EXPECT_EQ(texts.LoginHint, "text98");
@@ -48,37 +42,18 @@ TEST_F(LanguageTest, SpecialLines) {
     EXPECT_EQ(texts.UpdateButton, "");  // nothing after "="
     EXPECT_EQ(texts.LookingUp, "");     // only the separator
     EXPECT_EQ(texts.Searching, "a=b");  // the first "=" counts
-    EXPECT_EQ(texts.Ready, "text93");
-    EXPECT_EQ(texts.SetupPositionQrzcq, "text213");
-    EXPECT_EQ(shown, "text93");
-    EXPECT_EQ(r.message(), "");
-}
-
-TEST_F(LanguageTest, ShortFileFillsOnlyTheSlotsItReaches) {
-    texts.FieldCall = "before";
-    texts.LookupOk = "before";
-    install("German", languageFile(72));  // lines 0..71
-    EXPECT_EQ(LoadLanguage("German", dir.path(), texts).status, LanguageLoad::Ok);
-    EXPECT_EQ(texts.LookupOk, "text71");
-    EXPECT_EQ(texts.FieldCall, "before");
+    EXPECT_EQ(texts.Ready + texts.SetupPositionQrzcq, "text93text213");
 }
 
 TEST_F(LanguageTest, FailuresAndTheirMessages) {
-    struct Case {
-        const char* language;
-        QByteArray file;  // empty: no file
-        LanguageLoad status;
-        const char* message;
-    };
-    const QByteArray noEquals = languageFile(214, [](int i) { return i == 92 ? QString("K92 no equals") : QString(); });
-    const QByteArray oldVersion = languageFile(214, [](int i) { return i == kVersionLine ? QString("Version= 0") : QString(); });
-    const QByteArray lfOnly = languageFile(214).replace("\r\n", "\n");
+    struct Case { const char* language; QByteArray file; LanguageLoad status; const char* message; };  // file empty: none
+    const QByteArray noEquals = languageFile(214, {{92, "K92 no equals"}});
+    const QByteArray oldVersion = languageFile(214, {{kVersionLine, "Version= 0"}});
     for (const Case& c : {
              Case{"English", {}, LanguageLoad::NotFound, "Language file not found or corrupt"},
              Case{"French", {}, LanguageLoad::NotFound, "Fichier langage non trouv\u00e9 ou corrompu."},
              Case{"Dutch", {}, LanguageLoad::NotFound, "Taalbestand ontbreekt of corrupt."},
-             Case{"Spanish", {}, LanguageLoad::NotFound, ""},
-             Case{"english", {}, LanguageLoad::NotFound, ""},
+             Case{"Spanish", {}, LanguageLoad::NotFound, ""}, Case{"english", {}, LanguageLoad::NotFound, ""},
              Case{"Polish", noEquals, LanguageLoad::Corrupt, ""},
              Case{"English", noEquals, LanguageLoad::Corrupt, "Language file not found or corrupt"},
              Case{"Dutch", oldVersion, LanguageLoad::WrongVersion, "Foute taalbestand versie."},
@@ -94,18 +69,19 @@ TEST_F(LanguageTest, FailuresAndTheirMessages) {
         EXPECT_EQ(r.status, c.status) << c.language;
         EXPECT_EQ(r.message(), QString::fromUtf8(c.message)) << c.language;
         EXPECT_EQ(t.FieldCall, "kept") << "a failed load leaves later slots alone";
-        if (c.status != LanguageLoad::NotFound) {
-            EXPECT_EQ(t.LookupOk, "text71") << "slots before the failure are filled";
-        }
+        if (c.status != LanguageLoad::NotFound) { EXPECT_EQ(t.LookupOk, "text71") << "slots before the failure are filled"; }
     }
     // A file with LF line ends only is one line to the CR split: nothing is filled.
-    install("English", lfOnly);
-    LanguageTexts t;
-    EXPECT_EQ(LoadLanguage("English", dir.path(), t).status, LanguageLoad::Ok);
-    EXPECT_EQ(t.LookupOk, "");
+    install("English", languageFile(214).replace("\r\n", "\n"));
+    EXPECT_EQ(LoadLanguage("English", dir.path(), texts).status, LanguageLoad::Ok);
+    EXPECT_EQ(texts.LookupOk, "");
 }
 
-TEST_F(LanguageTest, LineCounterOverflow) {
+TEST_F(LanguageTest, ShortFileAndLineCounterOverflow) {
+    texts.FieldCall = "before";
+    install("German", languageFile(72));  // lines 0..71: only the slots they reach are filled
+    EXPECT_EQ(LoadLanguage("German", dir.path(), texts).status, LanguageLoad::Ok);
+    EXPECT_EQ(texts.LookupOk + ' ' + texts.FieldCall, "text71 before");
     install("English", languageFile(214) + QByteArray(40000, '\r'));
     EXPECT_EQ(LoadLanguage("English", dir.path(), texts).status, LanguageLoad::Overflow);
     EXPECT_EQ(texts.SetupPositionQrzcq, "text213") << "the lines before the overflow are read";
@@ -124,16 +100,11 @@ TEST(ShippedLanguagesTest, EveryFileLoadsCompletelyWithTheSameKeys) {
         ASSERT_GE(lines.size(), 214);
         for (const LanguageLine& l : kLanguageLines) {
             EXPECT_EQ(lines[l.line].trimmed().section('=', 0, 0), QLatin1String(l.key)) << "line " << l.line;
-            if (l.slot) {
-                EXPECT_FALSE((t.*(l.slot)).trimmed().isEmpty()) << l.key;
-            }
+            if (l.slot) { EXPECT_FALSE((t.*(l.slot)).trimmed().isEmpty()) << l.key; }
         }
         // Placeholders the windows replace.
-        EXPECT_TRUE(t.UpdateButton.endsWith("***"));
-        EXPECT_TRUE(t.LookingUp.contains("???"));
-        EXPECT_TRUE(t.EditorEntries.contains("xxx"));
-        EXPECT_TRUE(t.EditorLookup.contains("???") && t.EditorLookup.contains("***"));
-        EXPECT_TRUE(t.NotLoggedIn.contains("\r\n"));
+        EXPECT_TRUE(t.UpdateButton.endsWith("***") && t.LookingUp.contains("???") && t.EditorEntries.contains("xxx"));
+        EXPECT_TRUE(t.EditorLookup.contains("???") && t.EditorLookup.contains("***") && t.NotLoggedIn.contains("\r\n"));
     }
 }
 

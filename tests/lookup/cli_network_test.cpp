@@ -4,7 +4,6 @@
 #include "app/settings.h"
 #include "callbookserver.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -12,11 +11,7 @@
 
 namespace {
 
-struct Result {
-    int status;
-    QJsonObject json;
-    QString err;
-};
+struct Result { int status; QJsonObject json; QString err; };
 
 Result lookup(const QStringList& args) {
     QProcess p;
@@ -32,9 +27,8 @@ protected:
     QTemporaryDir data;
     void SetUp() override {
         ASSERT_GT(server.port(), 0);
-        const char* services[] = {"eHam", "QRZ", "QRZCQ", "Callook", "HamCall"};
-        const char* prefixes[] = {"/eham", "/qrz", "/qrzcq", "/callook", "/hamcall"};
-        for (int i = 0; i < 5; ++i) settings::SaveSetting({"Hosts", services[i]}, server.url(prefixes[i]));
+        for (const char* service : {"eHam", "QRZ", "QRZCQ", "Callook", "HamCall"})
+            settings::SaveSetting({"Hosts", service}, server.url("/" + QString(service).toLower()));
         settings::SaveSetting({"Hosts", "TimeoutMs"}, "2000");
         settings::SaveSetting(settings::kServiceIndex, "1");
     }
@@ -44,24 +38,15 @@ TEST_F(CliLookupTest, FromTheServiceThenFromTheFile) {
     Result r = lookup({"dl1abc/p", "--data", data.path()});
     ASSERT_EQ(r.status, 0) << r.err.toStdString();
     EXPECT_EQ(r.json["source"].toString(), "QRZ");
-    EXPECT_EQ(r.json["Name"].toString(), QString::fromUtf8("Hans M\u00fcller"));
-    EXPECT_EQ(r.json["Lat"].toString(), "52.52");
-    EXPECT_EQ(r.json["Lon"].toString(), "13.405");
-    EXPECT_EQ(r.json["Class"].toString(), "A");
-    EXPECT_EQ(r.json["YearBorn"].toString(), "1961");
-
-    // Kept: the exact record bytes, Windows-1252.
+    // Every field in CallField order, kept as the exact record bytes (Windows-1252).
+    const QStringList fields{"DL1ABC", "Hans M\u00fcller", "Musterstra\u00dfe 12", "10115 Berlin", "Germany",
+                             "52.52",  "13.405",           "A",                  "1961"};
     CallRecord expected;
-    expected.setField(CallField::Call, "DL1ABC");
-    expected.setField(CallField::Name, QString::fromUtf8("Hans M\u00fcller"));
-    expected.setField(CallField::Add1, QString::fromUtf8("Musterstra\u00dfe 12"));
-    expected.setField(CallField::Add2, "10115 Berlin");
-    expected.setField(CallField::Ctry, "Germany");
-    expected.setField(CallField::Lat, "52.52");
-    expected.setField(CallField::Lon, "13.405");
-    expected.setField(CallField::Class, "A");
-    expected.setField(CallField::YearBorn, "1961");
-    EXPECT_EQ(testutil::readFile(data.path() + "/Norvane-DB.db"), QByteArray(expected.bytes().data(), 167));
+    for (int f = 0; f < CallRecord::kFieldCount; ++f) expected.setField(CallField(f), fields[f]);
+    EXPECT_EQ(testutil::readFile(data.path() + "/Norvane-DB.db"), QByteArray(expected.bytes().data(), CallRecord::kSize));
+    for (const auto& [key, f] : {std::pair{"Name", CallField::Name}, {"Lat", CallField::Lat}, {"Lon", CallField::Lon},
+                                 {"Class", CallField::Class}, {"YearBorn", CallField::YearBorn}})
+        EXPECT_EQ(r.json[key].toString(), fields[int(f)]) << key;
 
     // The second time the file answers, even with the service gone.
     r = lookup({"DL1ABC", "--data", data.path(), "--service", "5"});
@@ -77,8 +62,7 @@ TEST_F(CliLookupTest, NotFoundLoginAndUnreachable) {
     EXPECT_EQ(r.status, 3);
     EXPECT_EQ(r.err, "pxcallsigns: Callook could not be reached\n");
     EXPECT_EQ(testutil::readFile(data.path() + "/Norvane-DB.db"), QByteArray()) << "nothing kept from a failure";
-    r = lookup({"nocall", "--data", data.path()});
-    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(lookup({"nocall", "--data", data.path()}).status, 2);
 }
 
 }  // namespace
