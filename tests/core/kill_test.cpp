@@ -161,18 +161,19 @@ TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
 
     // Uncontested runs of each kind (the median of five) set the range of kill delays; a command
     // that does nothing to the file gives the start-up time before which no kill can touch it.
-    std::array<std::vector<double>, 4> runs;  // add, update, delete, start-up
+    enum : size_t { kAdd, kUpdate, kDelete, kStartUp };  // the kinds of run, also indexes into runs
+    std::array<std::vector<double>, 4> runs;
     for (int i = 0; i < 5; ++i) {
-        runs[3].push_back(runTool({"db", "count", "--data", emptyDir.path().toStdString()}, -1).seconds);
+        runs[kStartUp].push_back(runTool({"db", "count", "--data", emptyDir.path().toStdString()}, -1).seconds);
         const std::string call = make.newCall();
-        runs[0].push_back(runTool(addArgs(make.fields(call, "Timing"), data), -1).seconds);
-        runs[1].push_back(runTool(addArgs(make.fields(call, "Timing2"), data), -1).seconds);
-        runs[2].push_back(runTool({"db", "delete", call, "--data", data}, -1).seconds);
+        runs[kAdd].push_back(runTool(addArgs(make.fields(call, "Timing"), data), -1).seconds);
+        runs[kUpdate].push_back(runTool(addArgs(make.fields(call, "Timing2"), data), -1).seconds);
+        runs[kDelete].push_back(runTool({"db", "delete", call, "--data", data}, -1).seconds);
         ASSERT_EQ(readFile(filePath), bytesOf(model)) << "uncontested runs";
     }
     for (auto& r : runs) std::sort(r.begin(), r.end());
     const auto median = [&](size_t k) { return runs[k][2]; };
-    const double startup = median(3);
+    const double startup = median(kStartUp);
 
     int oldState = 0, newState = 0, killedOld = 0, killedNew = 0, finishedFirst = 0, completed = 0;
     int killedMidWrite = 0, completedOverStale = 0, planted = 0, neither = 0;
@@ -182,16 +183,16 @@ TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
 
     for (int trial = 0; trial < kTrials; ++trial) {
         const std::string before = bytesOf(model), where = "trial " + std::to_string(trial);
-        const size_t op = std::discrete_distribution<size_t>{4, 3, 3}(make.rng);  // add a new call, update, delete
+        const size_t op = std::discrete_distribution<size_t>{4, 3, 3}(make.rng);  // kAdd (a new call), kUpdate, kDelete
         const std::string call =
-            op == 0 ? make.newCall() : std::next(model.begin(), static_cast<long>(make.rng() % model.size()))->first;
-        const Fields f = make.fields(call, (op ? "U" : "T") + std::to_string(trial));  // unused by a delete
+            op == kAdd ? make.newCall() : std::next(model.begin(), static_cast<long>(make.rng() % model.size()))->first;
+        const Fields f = make.fields(call, (op == kAdd ? "T" : "U") + std::to_string(trial));  // unused by a delete
         // The added record tells a half-done add apart; the deleted one can be planted in a temp.db.
-        const std::string added = op == 0 ? recordOf(f) : "", deleted = op == 2 ? model[call] : "";
+        const std::string added = op == kAdd ? recordOf(f) : "", deleted = op == kDelete ? model[call] : "";
         Model next = model;
         next.erase(call);
-        if (op < 2) next.emplace(call, recordOf(f));
-        const auto args = op < 2 ? addArgs(f, data) : std::vector<std::string>{"db", "delete", call, "--data", data};
+        if (op != kDelete) next.emplace(call, recordOf(f));
+        const auto args = op != kDelete ? addArgs(f, data) : std::vector<std::string>{"db", "delete", call, "--data", data};
         const std::string after = bytesOf(next);
         ASSERT_NE(before, after);
 
@@ -218,7 +219,7 @@ TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
                                            << " (stale temp.db: " << staleBefore << ") but left "
                                            << describe(file, before, after, added);
             // Adds and deletes go through temp.db and leave none; an update in place never opens it.
-            EXPECT_EQ(QFileInfo::exists(tempPath), op == 1 && staleBefore) << where;
+            EXPECT_EQ(QFileInfo::exists(tempPath), op == kUpdate && staleBefore) << where;
         } else {
             const int64_t tempAfter = changedAt(tempPath);
             killedMidWrite += tempAfter >= 0 && tempAfter != tempBefore;
@@ -245,8 +246,8 @@ TEST(KillTest, InterruptedChangesLeaveTheOldOrTheNewFile) {
 
     std::cout << "[ kill test ] " << kTrials << " trials in "
               << std::chrono::duration<double>(Clock::now() - begin).count() << " s over " << kInitialRecords
-              << " records; start-up " << startup * 1000 << " ms, uncontested add " << median(0) * 1000
-              << " ms, update " << median(1) * 1000 << " ms, delete " << median(2) * 1000 << " ms\n"
+              << " records; start-up " << startup * 1000 << " ms, uncontested add " << median(kAdd) * 1000
+              << " ms, update " << median(kUpdate) * 1000 << " ms, delete " << median(kDelete) * 1000 << " ms\n"
               << "[ kill test ] old file: " << oldState << " (killed " << killedOld << "), new file: " << newState
               << " (killed " << killedNew << ", finished before the kill " << finishedFirst << ", run to the end "
               << completed << "), neither: " << neither << "\n"
