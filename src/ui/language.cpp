@@ -66,6 +66,17 @@ const std::array<LanguageLine, 55> kLanguageLines{{
     {213, &T::SetupPositionQrzcq, "SetupPositionQrzcq"},
 }};
 
+const std::array<KeyedLine, 8> kKeyedLines{{
+    {"StatusNoCall", &T::StatusNoCall},
+    {"StatusNotACall", &T::StatusNotACall},
+    {"StatusUnreachable", &T::StatusUnreachable},
+    {"StatusHttpError", &T::StatusHttpError},
+    {"StatusTimedOut", &T::StatusTimedOut},
+    {"StatusTooLarge", &T::StatusTooLarge},
+    {"SetupNoPosition", &T::SetupNoPosition},
+    {"MenuQuit", &T::MenuQuit},
+}};
+
 namespace {
 
 struct LanguageFile {
@@ -90,10 +101,23 @@ constexpr std::array<LanguageFile, 8> kLanguages{{
 }};
 
 const LanguageLine* usedLine(int index) {
-    if (index < 20 || index > 213) return nullptr;
+    if (index < 20 || index > kLastNumberedLine) return nullptr;
     for (const LanguageLine& l : kLanguageLines)
         if (l.line == index) return &l;
     return nullptr;
+}
+
+// "Key= text" past the numbered lines: the slot of that key, when there is one, gets the text.
+void fillKeyedSlot(const QString& line, LanguageTexts& texts) {
+    const qsizetype equals = line.indexOf(u'=');
+    if (equals < 0) return;
+    const QString key = line.left(equals).trimmed();
+    for (const KeyedLine& keyed : kKeyedLines) {
+        if (key == QLatin1String(keyed.key)) {
+            texts.*(keyed.slot) = LanguageValue(line);
+            return;
+        }
+    }
 }
 
 LanguageLoad fillSlots(const QString& text, LanguageTexts& texts) {
@@ -101,9 +125,13 @@ LanguageLoad fillSlots(const QString& text, LanguageTexts& texts) {
     for (int index = 0; index < lines.size(); ++index) {
         // The running line number is a 16-bit counter: a file of more lines overflows it.
         if (index > std::numeric_limits<int16_t>::max()) return LanguageLoad::Overflow;
+        const QString& line = lines[index];
+        if (index > kLastNumberedLine) {
+            fillKeyedSlot(line, texts);
+            continue;
+        }
         const LanguageLine* used = usedLine(index);
         if (!used) continue;  // read and discarded
-        const QString& line = lines[index];
         if (!line.contains(u'=')) return LanguageLoad::Corrupt;
         const QString value = LanguageValue(line);
         if (!used->slot) {

@@ -61,6 +61,16 @@ struct LanguageTexts {
     QString SetupGrid;
     QString SetupPositionFound;    // after a lookup on the first, second and fifth services; "***" -> own call
     QString SetupPositionQrzcq;    // the same for the third service
+
+    // Texts read by their keys from the lines after the numbered ones (see kKeyedLines).
+    QString StatusNoCall;          // lblStatus: nothing to look up
+    QString StatusNotACall;        // lblStatus: "???" -> the text that is no call sign
+    QString StatusUnreachable;     // lblStatus: "***" -> service
+    QString StatusHttpError;       // lblStatus: "***" -> service, "###" -> HTTP status
+    QString StatusTimedOut;        // lblStatus: "***" -> service
+    QString StatusTooLarge;        // lblStatus: "***" -> service
+    QString SetupNoPosition;       // setup window: "???" -> own call, "***" -> service
+    QString MenuQuit;              // setup menu: end the program
 };
 
 // Line number (as the CR split counts, from 0) -> slot and the key the shipped files use.
@@ -75,6 +85,15 @@ inline constexpr int kVersionLine = 134;
 inline constexpr const char* kLanguageFileVersion = "1";
 
 extern const std::array<LanguageLine, 55> kLanguageLines;
+
+// Texts added after the numbered lines: found by their key anywhere past kLastNumberedLine, so
+// that the numbered lines keep their meaning and an older file simply leaves these as they were.
+inline constexpr int kLastNumberedLine = 213;
+struct KeyedLine {
+    const char* key;
+    QString LanguageTexts::*slot;
+};
+extern const std::array<KeyedLine, 8> kKeyedLines;
 
 enum class LanguageLoad { Ok, NotFound, Corrupt, WrongVersion, Overflow };
 

@@ -89,6 +89,27 @@ TEST_F(LanguageTest, ShortFileAndLineCounterOverflow) {
     EXPECT_EQ(LoadLanguage("English", dir.path(), texts).status, LanguageLoad::Corrupt);  // line 20 has no "="
 }
 
+TEST_F(LanguageTest, KeyedTextsAfterTheNumberedLines) {
+    QByteArray file = languageFile(214, {{150, "StatusTimedOut= too early"}});
+    file += "\r\nStatusUnreachable= *** gone\r\nno equals here\r\nUnknownKey= x\r\n  MenuQuit = Stop=now\r\n"
+            "StatusHttpError=\r\n";
+    install("English", file);
+    texts.StatusTimedOut = "kept";
+    texts.StatusHttpError = "replaced";
+    ASSERT_EQ(LoadLanguage("English", dir.path(), texts).status, LanguageLoad::Ok);
+    EXPECT_EQ(texts.StatusUnreachable, "*** gone");
+    EXPECT_EQ(texts.MenuQuit, "Stop=now");        // the key trimmed, the text from the second character on
+    EXPECT_EQ(texts.StatusTimedOut, "kept");      // a key among the numbered lines is no keyed text
+    EXPECT_EQ(texts.StatusHttpError, "");         // present and empty
+    EXPECT_EQ(texts.Ready, "text93");
+
+    // A load that ends early never reaches them.
+    install("English", languageFile(214, {{92, "K92 no equals"}}) + "MenuQuit= late\r\n");
+    LanguageTexts t;
+    EXPECT_EQ(LoadLanguage("English", dir.path(), t).status, LanguageLoad::Corrupt);
+    EXPECT_EQ(t.MenuQuit, "");
+}
+
 TEST(ShippedLanguagesTest, EveryFileLoadsCompletelyWithTheSameKeys) {
     const QString data = QStringLiteral(PX_SOURCE_DIR "/data");
     for (const char* language : {"English", "Spanish", "German", "French", "Dutch", "Polish", "Japanese", "Russian"}) {
@@ -105,6 +126,11 @@ TEST(ShippedLanguagesTest, EveryFileLoadsCompletelyWithTheSameKeys) {
         // Placeholders the windows replace.
         EXPECT_TRUE(t.UpdateButton.endsWith("***") && t.LookingUp.contains("???") && t.EditorEntries.contains("xxx"));
         EXPECT_TRUE(t.EditorLookup.contains("???") && t.EditorLookup.contains("***") && t.NotLoggedIn.contains("\r\n"));
+        for (const KeyedLine& k : kKeyedLines) { EXPECT_FALSE((t.*(k.slot)).trimmed().isEmpty()) << k.key; }
+        for (const QString* service : {&t.StatusUnreachable, &t.StatusHttpError, &t.StatusTimedOut, &t.StatusTooLarge,
+                                       &t.SetupNoPosition})
+            EXPECT_TRUE(service->contains("***")) << service->toStdString();
+        EXPECT_TRUE(t.StatusHttpError.contains("###") && t.StatusNotACall.contains("???") && t.SetupNoPosition.contains("???"));
     }
 }
 
