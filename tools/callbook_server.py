@@ -22,6 +22,10 @@ Calls that make a fault instead of a page, on every service:
   ZZ404 -> 404, ZZ500 -> 500, ZZ1HNG -> accepts and never answers, ZZ1TRN -> body cut short,
   ZZ1BIG -> a 10 MB page, ZZ1JNK -> binary garbage, ZZ1LP -> a redirect loop.
 
+Every request but those to /_control is logged: GET /_control/requests answers with the paths
+asked for so far, one a line (?clear=1 empties the list after answering), and --log FILE
+appends each path to FILE as it comes.
+
 Prints the port it listens on as the first line of its output. Ends by itself after
 --lifetime seconds.
 """
@@ -46,6 +50,7 @@ SERVICES = {
 
 class State:
     logged_in = set(SERVICES)
+    requests = []
     lock = threading.Lock()
 
 
@@ -118,6 +123,18 @@ class Handler(BaseHTTPRequestHandler):
     def do_GET(self):
         url = urllib.parse.urlsplit(self.path)
         path = url.path
+        if path == "/_control/requests":
+            with State.lock:
+                body = "".join(r + "\n" for r in State.requests).encode()
+                if "clear=1" in url.query:
+                    State.requests.clear()
+            return self.send(200, body, "text/plain; charset=utf-8")
+        if not path.startswith("/_control/"):
+            with State.lock:
+                State.requests.append(self.path)
+                if self.server.log:
+                    with open(self.server.log, "a") as log:
+                        log.write(self.path + "\n")
         if path.startswith("/redirect/"):
             target = path[len("/redirect"):] + (("?" + url.query) if url.query else "")
             return self.send(301, b"", headers=[("Location", target)])
@@ -176,12 +193,14 @@ def main():
     ap.add_argument("--lifetime", type=float, default=900, help="seconds until the server stops by itself")
     ap.add_argument("--logged-out", action="store_true", help="start logged out of every service")
     ap.add_argument("--verbose", action="store_true")
+    ap.add_argument("--log", help="append the path of every request to this file")
     args = ap.parse_args()
     if args.logged_out:
         State.logged_in = set()
     server = ThreadingHTTPServer(("127.0.0.1", args.port), Handler)
     server.daemon_threads = True
     server.pages, server.pictures, server.lifetime, server.verbose = args.pages, args.pictures, args.lifetime, args.verbose
+    server.log = args.log
     routes_file = os.path.join(args.pages, "routes.json")
     server.routes = json.load(open(routes_file)) if os.path.isfile(routes_file) else {}
     print(server.server_address[1], flush=True)

@@ -4,6 +4,8 @@
 #include "app/callflow.h"
 #include "app/datafolder.h"
 #include "app/form13.h"
+#include "app/picturecache.h"
+#include "app/statustexts.h"
 #include "app/settings.h"
 #include "app/startup.h"
 #include "common/vbtext.h"
@@ -11,6 +13,7 @@
 #include "db/storestation.h"
 #include "geo/distanceazimuth.h"
 #include "lookup/cleancall.h"
+#include "lookup/stationreader.h"
 #include "lookup/uclookup.h"
 #include "platform/platform.h"
 #include "app/nicknames.h"
@@ -26,7 +29,6 @@
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QImage>
-#include <QSaveFile>
 #include <QKeyEvent>
 #include <QUrl>
 #include <QCloseEvent>
@@ -115,20 +117,15 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     connect(lookUp, &ucLookUp::CallNotFound, this, &Form1::onCallNotFound);
     connect(lookUp, &ucLookUp::PictureReady, this, &Form1::onPictureReady);
     connect(lookUp, &ucLookUp::LoginRequired, this, &Form1::onLoginRequired);
-    // No text for these two, but the busy pointer must not outlive the request.
-    connect(lookUp, &ucLookUp::SiteNotFound, this, [this] { busy_.set(false); });
-    connect(lookUp, &ucLookUp::NoPic, this, [this] { busy_.set(false); });
+    connect(lookUp, &ucLookUp::SiteNotFound, this, &Form1::onSiteNotFound);
+    connect(lookUp, &ucLookUp::NoPic, this, &Form1::onNoPic);
     helpFile = DefaultDataFolder(QCoreApplication::applicationDirPath()) + QStringLiteral("/Help.txt");
 
     QFont callFont = lblCall->font();
     callFont.setBold(true);
     lblCall->setFont(callFont);
 
-    // A typed call goes the way of one taken from the clipboard.
-    connect(txtCall, &QLineEdit::returnPressed, this, [this] {
-        clearStation();
-        LookUpCall(CallFromClipboardText(txtCall->text()));
-    });
+    connect(txtCall, &QLineEdit::returnPressed, this, &Form1::txtCall_Enter);
     connect(cmdUpdate, &QPushButton::clicked, this, &Form1::cmdUpdate_Click);
 }
 
@@ -284,15 +281,29 @@ void Form1::TakeCallFromClipboard() {
     LookUpCall(CallFromClipboardText(QGuiApplication::clipboard()->text()));
 }
 
+void Form1::txtCall_Enter() {
+    // Typed calls need no clipboard rule: the cleaning takes "EA8/DL1ABC/P" to DL1ABC. A text
+    // that holds no call leaves the station on show where it is.
+    const QString typed = txtCall->text();
+    QString copy = typed;
+    if (!CleanCall(copy).isEmpty()) clearStation();
+    LookUpCall(typed);
+}
+
 void Form1::LookUpCall(const QString& typed) {
     cmdUpdate->setEnabled(false);
     cmdUpdate->setText(updateCaption());
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    QString call = typed;
-    CleanCall(call);
+    // Whatever the last lookup still waits for is of no use now.
+    forgetPendingPage();
+    lblStatus->clear();
+    QString text = typed;
+    const QString call = CleanCall(text);
     if (call.isEmpty()) {
-        // Nothing to look up: the shown station stays, and so does the way to update it.
+        lblStatus->setText(NoCallStatus(g_.Texts, typed));
+        // The shown station stays, and so does the way to update it.
         cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
+        busy_.set(false);
         return;
     }
     busy_.set(true);
@@ -304,9 +315,23 @@ void Form1::LookUpCall(const QString& typed) {
     }
     lblCall->setText(QString(g_.Texts.LookingUp).replace(QStringLiteral("???"), call));
     lblName->setText(QString(g_.Texts.Searching).replace(QStringLiteral("***"), g_.ServiceName) + QStringLiteral(". . ."));
+    askService(call);
+}
+
+void Form1::askService(const QString& call) {
+    forgetPendingPage();
+    pendingPage_ = call;
     lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
     lookUp->GetPage(call);
 }
+
+void Form1::forgetPendingPage() {
+    if (pendingPage_.isEmpty()) return;
+    lookUp->CancelDownload(pendingPage_);
+    pendingPage_.clear();
+}
+
+bool Form1::answersPendingPage(const QString& id) const { return !pendingPage_.isEmpty() && id == pendingPage_; }
 
 void Form1::ShowDbRecord(const CallRecord& record) {
     g_.CurrentCall = vb::trim(record.Call());
@@ -331,8 +356,7 @@ void Form1::cmdUpdate_Click() {
     for (QLabel* label : {lblName, lblAdd1, lblAdd2, lblCtry, lblDxAz}) label->clear();
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     busy_.set(true);
-    lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
-    lookUp->GetPage(g_.CurrentCall);
+    askService(g_.CurrentCall);
 }
 
 void Form1::cboDB_Click(int index) {
@@ -351,7 +375,7 @@ void Form1::cboDB_Click(int index) {
         lookUp->IsLoggedIn(g_.MyCall);
     } else if (!g_.CurrentCall.isEmpty()) {
         busy_.set(true);
-        lookUp->GetPage(g_.CurrentCall);
+        askService(g_.CurrentCall);
     }
     startupFlag_ = false;
 }
@@ -365,7 +389,13 @@ void Form1::onLoginChecked(const QString&, bool loggedIn) {
     busy_.set(false);
 }
 
+void Form1::onSiteNotFound(const QString&) {
+    lblStatus->setText(FailureStatus(g_.Texts, lookUp->LastFailure, g_.ServiceName));
+    busy_.set(false);
+}
+
 void Form1::onGotPage(const QString& call, bool loggedIn) {
+    if (!answersPendingPage(call)) return;  // the answer to a lookup that was replaced
     if (loggedIn) {
         lblStatus->setText(g_.Texts.LookupOk);
     } else {
@@ -379,53 +409,64 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
     }
     if (call.isEmpty()) return;
     lblCall->setText(call + QStringLiteral("  (") + g_.Texts.SourceWeb + g_.ServiceName + u')');
-    // The name first: it decides whether the page holds a station at all (and raises the events
-    // that say why not), and the address fields continue from where it stopped.
-    const QString name = lookUp->cName(call);
-    if (name.isEmpty()) {
-        // Nothing is kept from a page without a station.
+    // The events the name raises say why a page holds no station (their handlers show it).
+    const lookup::StationReading reading = lookup::ReadStation(*lookUp, call);
+    pendingPage_.clear();
+    if (!reading.station) {
+        // Nothing from such a page is shown or kept.
+        if (!reading.refusal) showNotFound(call);
         cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
         busy_.set(false);
         return;
     }
+    const StationFields& station = *reading.station;
     g_.CurrentCall = call;
-    lblName->setText(name + NicknameSuffix(lstNicknames, call));
-    lblAdd1->setText(lookUp->Add1());
-    lblAdd2->setText(lookUp->Add2());
-    lblCtry->setText(lookUp->ctry());
-    g_.OtherLat = lookUp->Latitude();
-    g_.OtherLon = lookUp->Longitude();
+    lblName->setText(station.name + NicknameSuffix(lstNicknames, call));
+    lblAdd1->setText(station.add1);
+    lblAdd2->setText(station.add2);
+    lblCtry->setText(station.ctry);
+    g_.OtherLat = station.lat;
+    g_.OtherLon = station.lon;
     lblDxAz->clear();
     if (g_.OtherLat != 0 && g_.OtherLon != 0) {
         double distance = 0, azimuth = 0;
         DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
         lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
     }
-    StationFields station{call, name, lblAdd1->text(), lblAdd2->text(), lblCtry->text(), g_.OtherLat, g_.OtherLon,
-                          vb::trim(lookUp->Class().trimmed()), YearOf(lookUp->DateOfBirth())};
     CallDatabase db(g_.callFilePath());
     if (!StoreStation(db, station))
         ShowUniMsgBox(this, db.lastError(), 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
     cmdUpdate->setEnabled(true);
+    // The picture follows in the background; the window is ready for the next call.
+    busy_.set(false);
     lookUp->GetPicture(call);
 }
 
 void Form1::onPageNotFound(const QString& id) {
+    if (!answersPendingPage(id)) return;
+    pendingPage_.clear();
     lblCall->setText(g_.Texts.NotFound + id);
     lblName->clear();
+    lblStatus->setText(FailureStatus(g_.Texts, lookUp->LastFailure, g_.ServiceName));
     cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
     busy_.set(false);
     failureBeep();
 }
 
 void Form1::onCallNotFound(const QString& ca) {
-    lblCall->setText(g_.Texts.NotFound + u' ' + ca);
+    if (!answersPendingPage(ca)) return;
+    showNotFound(ca);
+}
+
+void Form1::showNotFound(const QString& call) {
+    lblCall->setText(g_.Texts.NotFound + u' ' + call);
     lblName->clear();
     busy_.set(false);
     failureBeep();
 }
 
-void Form1::onLoginRequired(const QString&) {
+void Form1::onLoginRequired(const QString& ca) {
+    if (!answersPendingPage(ca)) return;
     lblName->clear();
     lblCall->setText(g_.Texts.LoginRequired);
     busy_.set(false);
@@ -434,17 +475,15 @@ void Form1::onLoginRequired(const QString&) {
 
 void Form1::onPictureReady(const QString& id) {
     // A page whose completion came after a picture request arrives here as well (the control
-    // goes by the latest request's kind): only a picture may replace a cached picture.
-    if (QImage::fromData(g_.DownloadBuffer).isNull()) return;
-    const QString file = PictureCachePath(g_.DataPath, id);
-    QSaveFile out(file);
-    if (out.open(QIODevice::WriteOnly)) {
-        out.write(g_.DownloadBuffer);
-        out.commit();
-    }
-    // Only the station on show gets its picture shown.
-    if (QFileInfo(file).isFile() && id == g_.CurrentCall) showPicture(file, 20);
-    busy_.set(false);
+    // goes by the latest request's kind): only a picture goes into the cache, and only the
+    // station on show gets its picture shown.
+    if (StorePictureInCache(g_.DataPath, id, g_.DownloadBuffer) && id == g_.CurrentCall)
+        showPicture(PictureCachePath(g_.DataPath, id), 20);
+    if (pendingPage_.isEmpty()) busy_.set(false);
+}
+
+void Form1::onNoPic(const QString&) {
+    if (pendingPage_.isEmpty()) busy_.set(false);
 }
 
 void Form1::showPictureFromCache() {

@@ -87,11 +87,23 @@ protected:
 private:
     // Handlers of the lookup control's events.
     void onLoginChecked(const QString& id, bool loggedIn);
+    void onSiteNotFound(const QString& id);
     void onGotPage(const QString& call, bool loggedIn);
     void onPageNotFound(const QString& id);
     void onCallNotFound(const QString& ca);
     void onPictureReady(const QString& id);
+    void onNoPic(const QString& id);
     void onLoginRequired(const QString& ca);
+    void showNotFound(const QString& call);
+
+    // A call typed into the box and Enter pressed.
+    void txtCall_Enter();
+    // The page of a call asked of the chosen service; one at a time: a new one, or a lookup
+    // answered from the call-sign file, makes the control drop the one before, and an answer
+    // for any other call changes nothing.
+    void askService(const QString& call);
+    void forgetPendingPage();
+    bool answersPendingPage(const QString& id) const;
 
     void showPictureFromCache();
     void showPicture(const QString& file, int margin);
@@ -105,6 +117,7 @@ private:
     QString updateCaption() const;
 
     ModuleValues& g_;
+    QString pendingPage_;      // the call whose page is awaited, "" when none is
     bool startupFlag_ = true;  // the first service-box click is the one loading causes
     bool unloading_ = false;
     QSystemTrayIcon* tray_ = nullptr;

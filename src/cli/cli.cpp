@@ -10,6 +10,7 @@
 #include "lookup/callbookfields.h"
 #include "lookup/cleancall.h"
 #include "lookup/htmldecode.h"
+#include "lookup/stationreader.h"
 #include "platform/platform.h"
 
 #include <QCoreApplication>
@@ -340,22 +341,13 @@ int runLookup(const Parsed& p) {
         err() << "pxcallsigns: " << serviceName << " could not be reached\n";
         return 3;
     }
-    // Read in the order the fields continue from one another.
-    StationFields station;
-    station.call = call;
-    station.name = control.cName(call);
-    if (station.name.isEmpty()) {
-        err() << call << ": " << (shown.events.contains(QStringLiteral("LoginRequired")) ? "login required on " : "not found on ")
+    const lookup::StationReading reading = lookup::ReadStation(control, call);
+    if (!reading.station) {
+        err() << call << ": " << (reading.refusal == lookup::FieldEvent::LoginRequired ? "login required on " : "not found on ")
               << serviceName << "\n";
         return 1;
     }
-    station.add1 = control.Add1();
-    station.add2 = control.Add2();
-    station.ctry = control.ctry();
-    station.lat = control.Latitude();
-    station.lon = control.Longitude();
-    station.licenceClass = vb::trim(control.Class().trimmed());
-    station.yearBorn = YearOf(control.DateOfBirth());
+    const StationFields& station = *reading.station;
     if (!StoreStation(db, station)) {
         err() << "pxcallsigns: " << db.lastError() << "\n";
         return 1;

@@ -2,10 +2,12 @@
 
 #include "app/callflow.h"
 #include "app/form13.h"
+#include "app/picturecache.h"
 #include "common/vbtext.h"
 #include "db/calldatabase.h"
 #include "db/storestation.h"
 #include "lookup/cleancall.h"
+#include "lookup/stationreader.h"
 #include "lookup/uclookup.h"
 #include "ui/beep.h"
 #include "ui/unimsgbox.h"
@@ -24,7 +26,6 @@
 #include <QListView>
 #include <QMouseEvent>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QScrollBar>
 #include <algorithm>
 #include <optional>
@@ -222,7 +223,9 @@ Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
     connect(lookUp, &ucLookUp::PageNotFound, this, &Form26::ucLookUp_Unreachable);
     connect(lookUp, &ucLookUp::SiteNotFound, this, &Form26::ucLookUp_Unreachable);
     connect(lookUp, &ucLookUp::PictureReady, this, &Form26::ucLookUp_PictureReady);
-    connect(lookUp, &ucLookUp::NoPic, this, [this] { busy_.set(false); });
+    connect(lookUp, &ucLookUp::NoPic, this, [this] {
+        if (pendingPage_.isEmpty()) busy_.set(false);
+    });
 }
 
 void Form26::layOutControls() {
@@ -304,14 +307,18 @@ void Form26::cmdLookup_Click() {
     LookupCall = txtCall->text();
     if (LookupCall.isEmpty()) return;
     busy_.set(true);
-    QString call = LookupCall;
-    CleanCall(call);
+    // A lookup still on its way is of no use now.
+    if (!pendingPage_.isEmpty()) lookUp->CancelDownload(pendingPage_);
+    pendingPage_.clear();
+    QString typed = LookupCall;
+    const QString call = CleanCall(typed);
     if (call.isEmpty()) {
         // Nothing a service could look up: said as a service would say it.
         ucLookUp_CallNotFound(LookupCall);
         return;
     }
     LookupCall = call;
+    pendingPage_ = call;
     lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
     lookUp->GetPage(LookupCall);
 }
@@ -456,37 +463,47 @@ void Form26::coordinateNotice(const QString& text) {
 
 // 12. A page arrived: the station's fields into the form, and kept in the file.
 void Form26::ucLookUp_GotPage(const QString& call, bool) {
-    // The name first: it decides whether the page holds a station (and raises the events that
-    // say why not), and the address fields go on from where it stopped.
-    const QString name = lookUp->cName(call);
-    if (!name.isEmpty()) {
-        txtCall->setText(call);
-        txtName->setText(name);
-        txtAdd1->setText(lookUp->Add1());
-        txtAdd2->setText(lookUp->Add2());
-        txtCtry->setText(lookUp->ctry());
-        txtLat->setText(CoordinateText(lookUp->Latitude()));
-        txtLon->setText(CoordinateText(lookUp->Longitude()));
-        txtClass->setText(vb::trim(lookUp->Class().trimmed()));
-        txtYearBorn->setText(YearOf(lookUp->DateOfBirth()));
-        g_.OtherLat = vb::val(txtLat->text());
-        g_.OtherLon = vb::val(txtLon->text());
-        if (g_.OtherLat == 0 && g_.OtherLon == 0) {
-            CallDatabase db(g_.callFilePath());
-            if (const auto known = knownPosition(db, call)) {
-                txtLat->setText(known->sLat);
-                txtLon->setText(known->sLon);
-            }
-        }
-        storeForm();
-        // The station's picture comes next (15).
-        lookUp->GetPicture(call);
+    // Only the answer for the call last asked about (a click in the list asks about another).
+    if (call != pendingPage_ || call != LookupCall) return;
+    pendingPage_.clear();
+    // A page that says the call is unknown, or wants a login, raises its event while the name
+    // is read and holds no station: nothing of it goes into the form or the file.
+    const lookup::StationReading reading = lookup::ReadStation(*lookUp, call);
+    if (!reading.station) {
+        if (!reading.refusal) ucLookUp_CallNotFound(call);
+        busy_.set(false);
+        return;
     }
+    const StationFields& station = *reading.station;
+    txtCall->setText(call);
+    txtName->setText(station.name);
+    txtAdd1->setText(station.add1);
+    txtAdd2->setText(station.add2);
+    txtCtry->setText(station.ctry);
+    txtLat->setText(CoordinateText(station.lat));
+    txtLon->setText(CoordinateText(station.lon));
+    txtClass->setText(station.licenceClass);
+    txtYearBorn->setText(station.yearBorn);
+    // The editor's own position of the station: the main window's station stays as it is.
+    OtherLat = vb::val(txtLat->text());
+    OtherLon = vb::val(txtLon->text());
+    if (OtherLat == 0 && OtherLon == 0) {
+        CallDatabase db(g_.callFilePath());
+        if (const auto known = knownPosition(db, call)) {
+            txtLat->setText(known->sLat);
+            txtLon->setText(known->sLon);
+        }
+    }
+    storeForm();
+    // The station's picture comes next (15).
+    lookUp->GetPicture(call);
     busy_.set(false);
 }
 
 // 13. The service has no station under this call (or wants a login first).
 void Form26::ucLookUp_CallNotFound(const QString& call) {
+    if (call != LookupCall) return;
+    pendingPage_.clear();
     showNotice(call + QStringLiteral(" not found on ") + g_.ServiceName);
     cmdAddNewSite->setEnabled(false);
     cmdDeleteSite->setEnabled(false);
@@ -495,7 +512,9 @@ void Form26::ucLookUp_CallNotFound(const QString& call) {
 }
 
 // 14. The service could not be asked: it did not answer, or answered with an error.
-void Form26::ucLookUp_Unreachable(const QString&) {
+void Form26::ucLookUp_Unreachable(const QString& call) {
+    if (call != pendingPage_ || call != LookupCall) return;
+    pendingPage_.clear();
     busy_.set(false);
     ShowUniMsgBox(this, cboDB->currentText() + u' ' + g_.Texts.ServiceUnreachable, 64, QStringLiteral("PX callsigns"),
                   QStringLiteral("Ok"));
@@ -504,15 +523,9 @@ void Form26::ucLookUp_Unreachable(const QString&) {
 // 15. The picture of a looked-up station: kept in the cache and shown while its call is in the form.
 void Form26::ucLookUp_PictureReady(const QString& call) {
     // Only a picture may go into the cache (a page that arrived late comes here too).
-    if (!QImage::fromData(g_.DownloadBuffer).isNull()) {
-        QSaveFile out(PictureCachePath(g_.DataPath, call));
-        if (out.open(QIODevice::WriteOnly)) {
-            out.write(g_.DownloadBuffer);
-            out.commit();
-        }
-    }
+    StorePictureInCache(g_.DataPath, call, g_.DownloadBuffer);
     if (call == vb::trim(txtCall->text())) showPicture(call);
-    busy_.set(false);
+    if (pendingPage_.isEmpty()) busy_.set(false);
 }
 
 // 16. The left button shows the picture at its natural size.

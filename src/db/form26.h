@@ -102,6 +102,9 @@ public:
 
     // The call of the last lookup or list click.
     QString LookupCall;
+    // The position of the station the last lookup found (the main window keeps its own).
+    double OtherLat = 0;
+    double OtherLon = 0;
     // Set by any key typed into txtCall.
     bool editing = false;
 
@@ -152,6 +155,7 @@ private:
     ModuleValues& g_;
     QStringList& nicknames_;
     QString pictureCall_;
+    QString pendingPage_;  // the call whose page is awaited, "" when none is
     BusyPointer busy_;
     bool unloaded_ = false;
     int selecting_ = 0;          // > 0 while the program itself moves the list's selection

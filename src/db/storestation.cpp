@@ -2,7 +2,6 @@
 
 #include "common/vbtext.h"
 
-#include <QRegularExpression>
 
 QString CoordinateText(double value) {
     // Fifteen significant digits at most, never an exponent and never a decimal comma.
@@ -12,12 +11,6 @@ QString CoordinateText(double value) {
         if (text.endsWith(u'.')) text.chop(1);
     }
     return text == QLatin1String("-0") ? QStringLiteral("0") : text;
-}
-
-QString YearOf(const QString& dateOfBirth) {
-    static const QRegularExpression year(QStringLiteral("(?<![0-9])[0-9]{4}(?![0-9])"));
-    const QRegularExpressionMatch m = year.match(dateOfBirth);
-    return m.hasMatch() ? m.captured(0) : vb::trim(dateOfBirth.trimmed());
 }
 
 bool StoreStation(CallDatabase& db, const StationFields& s) {

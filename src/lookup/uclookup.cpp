@@ -8,6 +8,8 @@
 #include <QNetworkRequest>
 #include <QUrl>
 
+#include <algorithm>
+
 namespace {
 
 constexpr char16_t kSlashedO = u'\u00D8';
@@ -67,8 +69,7 @@ bool ucLookUp::registerName(const QString& name) {
     return true;
 }
 
-void ucLookUp::cancel(const QString& name) {
-    // A cancelled download raises nothing.
+void ucLookUp::CancelDownload(const QString& name) {
     for (auto it = running_.begin(); it != running_.end();) {
         if (it->first != name) {
             ++it;
@@ -76,6 +77,7 @@ void ucLookUp::cancel(const QString& name) {
         }
         QNetworkReply* reply = it->second;
         it = running_.erase(it);
+        std::erase(tooLarge_, reply);
         reply->disconnect(this);
         reply->abort();
         reply->deleteLater();
@@ -91,7 +93,9 @@ void ucLookUp::start(const QString& name, const QString& url) {
     QNetworkReply* reply = network_->get(request);
     running_.emplace_back(name, reply);
     connect(reply, &QNetworkReply::downloadProgress, this, [this, reply](qint64 received, qint64) {
-        if (received > hosts_.maxBytes) reply->abort();  // ends in the failure of its kind
+        if (received <= hosts_.maxBytes) return;
+        tooLarge_.push_back(reply);
+        reply->abort();  // ends in the failure of its kind
     });
     connect(reply, &QNetworkReply::finished, this, [this, reply, name] { finished(reply, name); });
 }
@@ -100,31 +104,32 @@ void ucLookUp::CheckUpdates() {
     RequestKind = QStringLiteral("CheckUpdates");
     // Registered as "Updates" but downloaded as "Updates3": the completion removes the longer
     // name, so "Updates" stays listed and a later probe cancels a download that no longer runs.
-    if (!registerName(QStringLiteral("Updates"))) cancel(QStringLiteral("Updates"));
+    if (!registerName(QStringLiteral("Updates"))) CancelDownload(QStringLiteral("Updates"));
     start(QStringLiteral("Updates3"), hosts_.updates.isEmpty() ? QString() : hosts_.updates + u'/');
 }
 
 void ucLookUp::IsLoggedIn(const QString& cal) {
     PageText.clear();
     RequestKind = QStringLiteral("IsLoggedIn");
-    if (!registerName(cal)) cancel(cal);
+    if (!registerName(cal)) CancelDownload(cal);
     start(cal, LoginUrl());
 }
 
 void ucLookUp::GetPage(const QString& ca) {
     PageText.clear();
     RequestKind = QStringLiteral("GetPage");
-    if (!registerName(ca)) cancel(ca);
+    if (!registerName(ca)) CancelDownload(ca);
     start(ca, PageUrl(ca));
 }
 
 void ucLookUp::GetPicture(const QString& cal) {
     RequestKind = QStringLiteral("GetPicture");
-    if (!registerName(cal)) cancel(cal);
+    if (!registerName(cal)) CancelDownload(cal);
     start(cal, PictureUrl(cal));
 }
 
-void ucLookUp::failed(const QString& name) {
+void ucLookUp::failed(const QString& name, DownloadFailure why) {
+    LastFailure = why;
     // The name deliberately stays in PendingDownloads.
     if (RequestKind == QLatin1String("CheckUpdates")) emit UpdatesNotFound();
     else if (RequestKind == QLatin1String("IsLoggedIn")) emit SiteNotFound(name);
@@ -140,16 +145,22 @@ void ucLookUp::finished(QNetworkReply* reply, const QString& name) {
         }
     }
     reply->deleteLater();
+    const auto stoppedForSize = std::find(tooLarge_.begin(), tooLarge_.end(), reply);
+    const bool tooLarge = stoppedForSize != tooLarge_.end();
+    if (tooLarge) tooLarge_.erase(stoppedForSize);
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    if (reply->error() != QNetworkReply::NoError || (status != 0 && status >= 400)) {
-        failed(name);
-        return;
+    if (tooLarge) return failed(name, {DownloadFailure::TooLarge});
+    if (status >= 400) return failed(name, {DownloadFailure::HttpError, status});
+    switch (reply->error()) {
+    case QNetworkReply::NoError: break;
+    // Nothing else stops a reply that is still ours: the transfer timeout did.
+    case QNetworkReply::OperationCanceledError:
+    case QNetworkReply::TimeoutError: return failed(name, {DownloadFailure::TimedOut});
+    default: return failed(name, {DownloadFailure::Unreachable});
     }
     const QByteArray bytes = reply->readAll();
-    if (bytes.size() > hosts_.maxBytes) {  // arrived faster than the progress could stop it
-        failed(name);
-        return;
-    }
+    if (bytes.size() > hosts_.maxBytes) return failed(name, {DownloadFailure::TooLarge});  // faster than the progress
+    LastFailure = {};
     downloadBuffer_ = bytes;
     const QByteArray contentType = reply->header(QNetworkRequest::ContentTypeHeader).toByteArray();
     // Dispatch goes by the latest request's kind, not by which download finished.

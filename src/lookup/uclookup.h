@@ -14,6 +14,13 @@
 class QNetworkAccessManager;
 class QNetworkReply;
 
+// Why the last failed download failed.
+struct DownloadFailure {
+    enum Kind { None, Unreachable, HttpError, TimedOut, TooLarge };
+    Kind kind = None;
+    int httpStatus = 0;  // HttpError: the status the server answered with
+};
+
 class ucLookUp : public QObject, public lookup::CallbookFields {
     Q_OBJECT
 
@@ -26,6 +33,9 @@ public:
     void IsLoggedIn(const QString& cal);
     void GetPage(const QString& ca);
     void GetPicture(const QString& cal);
+    // Stops the downloads of this name; they raise no event any more. The name stays listed in
+    // PendingDownloads, as a failed one does.
+    void CancelDownload(const QString& name);
 
     // The selected service, 1 to 5; any other value selects none.
     void setDatabase(int16_t data_base) { Database = data_base; }
@@ -41,6 +51,8 @@ public:
 
     QString PendingDownloads = QString(QChar(0));
     QString RequestKind;
+    // Set before a failure event is raised, for the window to say what happened.
+    DownloadFailure LastFailure;
 
 signals:
     // In this order; the numbering is the control's event numbering.
@@ -58,13 +70,13 @@ signals:
 private:
     // Registers name in PendingDownloads; true when it was not pending yet.
     bool registerName(const QString& name);
-    void cancel(const QString& name);
     void start(const QString& name, const QString& url);
     void finished(QNetworkReply* reply, const QString& name);
-    void failed(const QString& name);
+    void failed(const QString& name, DownloadFailure why);
 
     QByteArray& downloadBuffer_;
     LookupHosts hosts_;
     QNetworkAccessManager* network_;
     std::vector<std::pair<QString, QNetworkReply*>> running_;
+    std::vector<QNetworkReply*> tooLarge_;  // stopped by us for their size
 };

@@ -1,9 +1,11 @@
 #include "setup/form2.h"
 
 #include "app/settings.h"
+#include "app/statustexts.h"
 #include "common/vbtext.h"
 #include "db/storestation.h"
 #include "geo/grid.h"
+#include "lookup/stationreader.h"
 #include "lookup/uclookup.h"
 #include "ui/windowhelpers.h"
 
@@ -69,8 +71,12 @@ Form2::Form2(ModuleValues& values, QWidget* parent) : QWidget(parent, Qt::Window
 
     lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
     connect(lookUp, &ucLookUp::GotPage, this, &Form2::onGotPage);
-    for (auto failed : {&ucLookUp::LoginRequired, &ucLookUp::PageNotFound, &ucLookUp::CallNotFound})
-        connect(lookUp, failed, this, [this] { busy_.set(false); });
+    for (auto refused : {&ucLookUp::LoginRequired, &ucLookUp::CallNotFound})
+        connect(lookUp, refused, this, [this] { busy_.set(false); });
+    connect(lookUp, &ucLookUp::PageNotFound, this, [this] {
+        busy_.set(false);
+        Label3->setText(u'\n' + FailureStatus(g_.Texts, lookUp->LastFailure, g_.ServiceName));
+    });
 
     // Load: the saved call, the program-wide position and unit.
     txtCall->setText(settings::GetSetting(settings::kMyCallsign, QString()));
@@ -120,10 +126,19 @@ void Form2::cmdGetLatLon_Click() {
     lookUp->GetPage(g_.MyCall);
 }
 
-void Form2::onGotPage(const QString&, bool) {
-    txtLat->setText(CoordinateText(lookUp->Latitude()));
-    txtLon->setText(CoordinateText(lookUp->Longitude()));
+void Form2::onGotPage(const QString& call, bool) {
     busy_.set(false);
+    // Only a station with a known position replaces the typed one: a page without the station,
+    // or one that gives no position, would put the own station at 0, 0.
+    const lookup::StationReading reading = lookup::ReadStation(*lookUp, call);
+    if (!reading.station || (reading.station->lat == 0 && reading.station->lon == 0)) {
+        Label3->setText(u'\n' + QString(g_.Texts.SetupNoPosition)
+                                     .replace(QStringLiteral("???"), g_.MyCall)
+                                     .replace(QStringLiteral("***"), g_.ServiceName));
+        return;
+    }
+    txtLat->setText(CoordinateText(reading.station->lat));
+    txtLon->setText(CoordinateText(reading.station->lon));
     QString status;
     switch (g_.ServiceNo) {
     case 1:

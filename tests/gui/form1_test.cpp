@@ -88,9 +88,20 @@ struct Failed {
     QString call, loggedIn;
     QPair<QString, QString> host;  // a host setting pointed at an address that fails
     QString expected;              // lblCall at the end: %N not-found text, %L login text, %W from the service
+    QString status;                // lblStatus at the end: %O the answer-received text
     bool stored = false;  // the station is kept in the call file
     int lastTone = 700;   // 0: none
 };
+
+// Text typed or copied that holds no usable call, or a call to be cut out of it.
+struct Entered {
+    bool f8;           // from the clipboard, else typed and Enter
+    QByteArray text;   // UTF-8
+    QString status;    // lblStatus: %0 the nothing-to-look-up text, %1 the not-a-call text for %2
+    QString shown;
+    QStringList requests;
+};
+Q_DECLARE_METATYPE(Entered)
 Q_DECLARE_METATYPE(Start)
 Q_DECLARE_METATYPE(Damage)
 Q_DECLARE_METATYPE(Failed)
@@ -380,34 +391,50 @@ private slots:
         QVERIFY(!form->tmrMenus->isActive());
     }
 
-    // A lookup that fails ends with the pointer back to normal, keeps nothing, and leaves the
-    // window ready for the next call. F8 and a typed call share everything past the call text.
+    // A lookup that fails ends with the pointer back to normal, keeps nothing, says in the status
+    // line what happened (in the user's language, Dutch here), and leaves the window ready for
+    // the next call. F8 and a typed call share everything past the call text.
     void failedLookups_data() {
         QTest::addColumn<Failed>("c");
         const QString all = "eham,qrz,hamcall";
         QTcpServer closed;  // its port is one nothing listens on once it closes
         QVERIFY(closed.listen(QHostAddress::LocalHost));
         const QString down = QString("http://127.0.0.1:%1").arg(closed.serverPort());
-        QTest::newRow("not found") << Failed{"XX9XYZ", all, {}, "%N XX9XYZ"};
-        QTest::newRow("login required") << Failed{"DL1ABC", "", {}, "%L"};
-        QTest::newRow("service error") << Failed{"ZZ500", "qrz", {}, "%NZZ500"};
-        QTest::newRow("service hangs") << Failed{"ZZ1HNG", "qrz", {}, "%NZZ1HNG"};
-        QTest::newRow("unknown service host") << Failed{"DL1ABC", all, {"QRZ", "http://no-such-host.invalid"}, "%NDL1ABC"};
-        QTest::newRow("picture server down") << Failed{"DL1ABC", all, {"Pictures", down}, "DL1ABC  (%WQRZ)", true, 0};
+        QTest::newRow("not found") << Failed{"XX9XYZ", all, {}, "%N XX9XYZ", "%O"};
+        QTest::newRow("login required") << Failed{"DL1ABC", "", {}, "%L", "Opzoeken mislukt"};
+        QTest::newRow("service error") << Failed{"ZZ500", "qrz", {}, "%NZZ500", "QRZ antwoordde met fout 500"};
+        QTest::newRow("page gone") << Failed{"ZZ404", "qrz", {}, "%NZZ404", "QRZ antwoordde met fout 404"};
+        QTest::newRow("service hangs") << Failed{"ZZ1HNG", "qrz", {}, "%NZZ1HNG", "QRZ antwoordde niet op tijd"};
+        QTest::newRow("page too large") << Failed{"ZZ1BIG", "qrz", {}, "%NZZ1BIG", "Het antwoord van QRZ was te groot"};
+        QTest::newRow("unknown service host")
+            << Failed{"DL1ABC", all, {"QRZ", "http://no-such-host.invalid"}, "%NDL1ABC", "QRZ is niet bereikbaar"};
+        QTest::newRow("service down") << Failed{"DL1ABC", all, {"QRZ", down}, "%NDL1ABC", "QRZ is niet bereikbaar"};
+        QTest::newRow("picture server down") << Failed{"DL1ABC", all, {"Pictures", down}, "DL1ABC  (%WQRZ)", "%O", true, 0};
+        // A page where a picture should be: nothing cached, and the pointer back to normal.
+        QTest::newRow("picture server answers with a page")
+            << Failed{"DL1ABC", all, {"Pictures", "%S/qrz/db"}, "DL1ABC  (%WQRZ)", "%O", true, 0};
     }
 
     void failedLookups() {
         QFETCH(Failed, c);
-        if (!c.host.first.isEmpty()) settings::SaveSetting({"Hosts", qPrintable(c.host.first)}, c.host.second);
+        if (!c.host.first.isEmpty())
+            settings::SaveSetting({"Hosts", qPrintable(c.host.first)}, QString(c.host.second).replace("%S", server.url()));
         QVERIFY(loadShown());
         serverLogin(c.loggedIn.toLatin1());
         const QByteArray before = readFile(g.callFilePath());
+        QSignalSpy pictureReady(form->lookUp, &ucLookUp::PictureReady), noPicture(form->lookUp, &ucLookUp::NoPic);
         enter(*form, c.call);
         c.expected.replace("%N", g.Texts.NotFound).replace("%L", g.Texts.LoginRequired).replace("%W", g.Texts.SourceWeb);
         QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), c.expected, 10000);
         QVERIFY(settle());
+        // The page's own completion counts as a picture too (the picture request came while it was
+        // handled); then the picture's answer.
+        if (c.stored) { QTRY_COMPARE_WITH_TIMEOUT(pictureReady.count() + noPicture.count(), 2, 10000); }
+        QVERIFY(!QApplication::overrideCursor());
+        QCOMPARE(form->lblStatus->text(), QString(c.status).replace("%O", g.Texts.LookupOk));
         QCOMPARE(beeps.value(beeps.size() - 1), c.lastTone);
         QVERIFY(!form->Image1->isVisible());
+        QVERIFY(!QFile::exists(data + "/images/qrzImages/DL1ABC.jpg"));
         if (c.stored) QVERIFY(CallDatabase(g.callFilePath()).FindCallRecord("DL1ABC") > 0);
         else QCOMPARE(readFile(g.callFilePath()), before);
         enter(*form, "G4ABC");

@@ -440,15 +440,20 @@ private slots:
             pointHostsAt(c.position ? *server : noPosition);
             writeFile(callFile(), c.before);
             g.ServiceNo = 1;  // each opening moves it on by one
+            g.OtherLat = 12.5;  // the main window's station
+            g.OtherLon = -3.25;
             auto form = open("DL1ABC");
             click(form->cmdLookup);
             QVERIFY(QApplication::overrideCursor());
             QTRY_COMPARE_WITH_TIMEOUT(form->txtName->text(), kHans, 10000);
             QCOMPARE(shown(*form), (QStringList{"DL1ABC", kHans, "", kStreet, "10115 Berlin", "Germany", c.lat, c.lon,
                                                 "A", "1961"}));
-            // The position the service gave, not the one kept.
-            QCOMPARE(g.OtherLat, c.position ? 52.52 : 0.0);
-            QCOMPARE(g.OtherLon, c.position ? 13.405 : 0.0);
+            // The position the service gave, not the one kept; the editor's own, so the main
+            // window's station keeps its place.
+            QCOMPARE(form->OtherLat, c.position ? 52.52 : 0.0);
+            QCOMPARE(form->OtherLon, c.position ? 13.405 : 0.0);
+            QCOMPARE(g.OtherLat, 12.5);
+            QCOMPARE(g.OtherLon, -3.25);
             QCOMPARE(saved(*form), expect(c.after, 0, 0));
             // The picture follows: cached byte for byte, 200 x 150 fitted to 325 x 244 around 356, 147.
             QTRY_VERIFY_WITH_TIMEOUT(form->Image1->isVisible(), 10000);

@@ -8,6 +8,8 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTemporaryDir>
@@ -105,6 +107,61 @@ private slots:
         form.cmdGetLatLon->click();
         QTRY_COMPARE_WITH_TIMEOUT(form.txtLat->text(), QString("52.52"), 10000);
         QCOMPARE(form.Label3->text(), "\n" + QString(g.Texts.SetupPositionQrzcq).replace("***", "DL1ABC"));
+    }
+
+    // No station, no position or no answer: the typed position stays, and the window says why.
+    void typedPositionStaysWithoutAStationPosition_data() {
+        QTest::addColumn<int>("service");
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<QString>("status");  // %P the no-position text for the call and service
+        QTest::newRow("unknown call") << 2 << "XX9XYZ" << "%P";
+        QTest::newRow("unknown call right after a station (HamCall)") << 5 << "XX9XYZ" << "%P";
+        QTest::newRow("unknown call on Callook") << 4 << "XX9XYZ" << "%P";
+        QTest::newRow("station without a position") << 2 << "LA1ABC" << "%P";
+        QTest::newRow("login required") << 2 << "DL1ABC" << "%P";
+        QTest::newRow("service error") << 2 << "ZZ500" << "QRZ answered with error 500";
+    }
+
+    void typedPositionStaysWithoutAStationPosition() {
+        QFETCH(int, service);
+        QFETCH(QString, call);
+        QFETCH(QString, status);
+        QTemporaryDir pages;  // QRZ gives LA1ABC a page without a position
+        for (const char* s : {"qrz", "hamcall", "callook"})
+            QVERIFY(QFile::link(PX_SOURCE_DIR "/tests/fixtures/pages/" + QString(s), pages.path() + "/" + s));
+        QFile routes(pages.path() + "/routes.json");
+        QVERIFY(routes.open(QIODevice::WriteOnly));
+        routes.write(R"({"qrz": {"LA1ABC": "noposition.html"}, "hamcall": {"DL1ABC": "found.html"}})");
+        routes.close();
+        CallbookServer server({"--pages", pages.path()});
+        QVERIFY(server.port() > 0);
+        for (const char* s : {"QRZ", "HamCall", "Callook"}) settings::SaveSetting({"Hosts", s}, server.url("/" + QString(s).toLower()));
+        g.ServiceNo = static_cast<int16_t>(service);
+        g.ServiceName = QStringList{"", "eHam", "QRZ", "QRZCQ", "CALLOOK", "HamCall"}[service];
+        auto* form = new Form2(g);  // deletes itself on close
+        if (service == 5) {  // a station first: its page leaves the fields' cursor behind
+            form->txtCall->setText("DL1ABC");
+            form->cmdGetLatLon->click();
+            QTRY_COMPARE_WITH_TIMEOUT(form->txtLat->text(), QString("52.52"), 10000);
+        }
+        if (QTest::currentDataTag() == QByteArray("login required")) {
+            QNetworkAccessManager nam;  // logged out of QRZ: every lookup answers with its login page
+            std::unique_ptr<QNetworkReply> r(nam.get(QNetworkRequest(QUrl(server.url("/_control/login?services=")))));
+            QTRY_VERIFY(r->isFinished());
+        }
+        form->txtLat->setText("51.25");
+        form->txtLon->setText("-1.5");
+        form->txtCall->setText(call);
+        form->Label3->clear();
+        form->cmdGetLatLon->click();
+        QTRY_VERIFY_WITH_TIMEOUT(!form->Label3->text().isEmpty(), 10000);
+        QVERIFY(!QApplication::overrideCursor());
+        status.replace("%P", QString(g.Texts.SetupNoPosition).replace("???", call).replace("***", g.ServiceName));
+        QCOMPARE(form->Label3->text(), "\n" + status);
+        QCOMPARE(form->txtLat->text() + ' ' + form->txtLon->text(), QString("51.25 -1.5"));
+        QCOMPARE(g.MyLat, 51.25);
+        form->close();
+        QCOMPARE(setting(settings::kMyLatitude) + ' ' + setting(settings::kMyLongitude), QString("51.25 -1.5"));
     }
 };
 

@@ -1,8 +1,14 @@
 #pragma once
 // Starts the local call-book stand-in (tools/callbook_server.py) for a test and stops it after.
+#include <QEventLoop>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
+#include <QUrl>
+#include <memory>
 
 class CallbookServer {
 public:
@@ -21,6 +27,17 @@ public:
     }
     int port() const { return port_; }
     QString url(const QString& path = {}) const { return QStringLiteral("http://127.0.0.1:%1").arg(port_) + path; }
+
+    // The paths asked for since the last call (the list is emptied), in order.
+    QStringList takeRequests() const {
+        QNetworkAccessManager nam;
+        std::unique_ptr<QNetworkReply> reply(nam.get(QNetworkRequest(QUrl(url(QStringLiteral("/_control/requests?clear=1"))))));
+        QEventLoop loop;
+        QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
+        QTimer::singleShot(10000, &loop, &QEventLoop::quit);
+        if (!reply->isFinished()) loop.exec();
+        return QString::fromUtf8(reply->readAll()).split(u'\n', Qt::SkipEmptyParts);
+    }
 
 private:
     QProcess process_;

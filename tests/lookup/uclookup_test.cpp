@@ -58,6 +58,11 @@ LookupHosts hostsAt(const CallbookServer& s) {
     return h;
 }
 
+QString failureText(const DownloadFailure& f) {
+    const char* kinds[] = {"None", "Unreachable", "HttpError", "TimedOut", "TooLarge"};
+    return QString::fromLatin1(kinds[f.kind]) + (f.httpStatus ? QString(" %1").arg(f.httpStatus) : QString());
+}
+
 class LookupNetworkTest : public testing::Test {
 protected:
     CallbookServer server;
@@ -181,20 +186,37 @@ TEST_F(LookupNetworkTest, FailuresByKind) {
         // Failed names stay listed; the buffer is untouched.
         EXPECT_EQ(down.PendingDownloads, QString::fromLatin1("\0PA3XYZ\0G4ABC\0W1XYZ\0Updates\0", 28));
         EXPECT_EQ(kept, "kept");
+        EXPECT_EQ(failureText(down.LastFailure), "Unreachable");
     }
 }
 
 TEST_F(LookupNetworkTest, ServerFaults) {
     control.setDatabase(1);
-    const char* const cases[][2] = {{"ZZ404", "PageNotFound(ZZ404)"},   {"ZZ500", "PageNotFound(ZZ500)"},
-                                    {"ZZ1HNG", "PageNotFound(ZZ1HNG)"}, {"ZZ1TRN", "PageNotFound(ZZ1TRN)"},
-                                    {"ZZ1BIG", "PageNotFound(ZZ1BIG)"}, {"ZZ1LP", "PageNotFound(ZZ1LP)"},
-                                    {"ZZ1JNK", "GotPage(ZZ1JNK,false)"}};
+    const char* const cases[][3] = {{"ZZ404", "PageNotFound(ZZ404)", "HttpError 404"},
+                                    {"ZZ500", "PageNotFound(ZZ500)", "HttpError 500"},
+                                    {"ZZ1HNG", "PageNotFound(ZZ1HNG)", "TimedOut"},
+                                    {"ZZ1TRN", "PageNotFound(ZZ1TRN)", "Unreachable"},
+                                    {"ZZ1BIG", "PageNotFound(ZZ1BIG)", "TooLarge"},
+                                    {"ZZ1LP", "PageNotFound(ZZ1LP)", "Unreachable"},
+                                    {"ZZ1JNK", "GotPage(ZZ1JNK,false)", "None"}};
     for (const auto& c : cases) {
         rec.events.clear();
         ASSERT_TRUE(rec.next([&] { control.GetPage(c[0]); })) << c[0];
         EXPECT_EQ(rec.events, QStringList{c[1]}) << c[0];
+        EXPECT_EQ(failureText(control.LastFailure), c[2]) << c[0];
     }
+}
+
+TEST_F(LookupNetworkTest, CancelledDownloadsRaiseNothing) {
+    control.setDatabase(2);
+    control.GetPicture("G4ABC");
+    control.GetPage("ZZ1HNG");  // would fail after the timeout
+    control.CancelDownload("ZZ1HNG");
+    control.CancelDownload("W1XYZ");  // nothing of that name runs
+    ASSERT_TRUE(rec.waitFor(1, 2500));
+    // Only the other name comes in (as a page: the latest request was one).
+    EXPECT_EQ(rec.events, QStringList{"GotPage(G4ABC,false)"});
+    EXPECT_EQ(control.PendingDownloads, QString::fromLatin1("\0ZZ1HNG\0", 8));
 }
 
 TEST_F(LookupNetworkTest, RedirectsAreFollowed) {
