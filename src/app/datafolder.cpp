@@ -13,7 +13,22 @@ QString DefaultDataFolder(const QString& applicationDir) {
     return {};
 }
 
+namespace {
+
+bool makeLayout(const QString& folder) {
+    bool ok = true;
+    for (const char* sub : kDataFolderLayout) ok = QDir().mkpath(folder + u'/' + QLatin1String(sub)) && ok;
+    return ok;
+}
+
+}  // namespace
+
 bool SeedDataFolder(const QString& defaultFolder, const QString& dataPath, QString* error) {
+    if (QFileInfo(dataPath).isDir()) {
+        if (makeLayout(dataPath)) return true;
+        *error = QStringLiteral("Cannot complete the data folder ") + dataPath;
+        return false;
+    }
     if (QFileInfo::exists(dataPath) || defaultFolder.isEmpty()) return true;
     // Copy into a fresh folder beside the target and rename it into place, so that an
     // interrupted first run leaves no half-filled data folder behind.
@@ -29,7 +44,7 @@ bool SeedDataFolder(const QString& defaultFolder, const QString& dataPath, QStri
         ok = it.fileInfo().isDir() ? QDir().mkpath(to) : QFile::copy(from, to);
         if (ok && !it.fileInfo().isDir()) QFile(to).setPermissions(QFile(to).permissions() | QFile::WriteOwner);
     }
-    if (ok) ok = QDir().rename(staging, dataPath);
+    if (ok) ok = makeLayout(staging) && QDir().rename(staging, dataPath);
     if (!ok) {
         *error = QStringLiteral("Cannot create the data folder ") + dataPath;
         QDir(staging).removeRecursively();

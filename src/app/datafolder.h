@@ -6,6 +6,11 @@
 // an installed tree (../share/pxcallsigns/Norvane). "" when neither exists.
 QString DefaultDataFolder(const QString& applicationDir);
 
-// When dataPath does not exist yet, copies the default folder there. A data folder that exists
-// is never touched. Returns false with *error set when the copy failed.
+// The folders every data folder holds, even when empty (the picture cache starts empty, and an
+// empty folder does not survive every way the default folder is copied).
+inline constexpr const char* kDataFolderLayout[] = {"Maps", "images/qrzImages", "Languages"};
+
+// When dataPath does not exist yet, copies the default folder there. The files of a data folder
+// that exists are never touched; folders of the layout that it lacks are made. Returns false
+// with *error set when the copy failed.
 bool SeedDataFolder(const QString& defaultFolder, const QString& dataPath, QString* error);

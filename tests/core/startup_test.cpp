@@ -155,12 +155,16 @@ TEST(DataFolderTest, SeedsAMissingFolderAndNeverOverwrites) {
     EXPECT_EQ(readFile(target + "/Languages/Norvane_English.Language"), "lang");
     EXPECT_EQ(readFile(target + "/nicknames.txt"), "G4ABC*Al");
     EXPECT_FALSE(QFileInfo::exists(target + ".seeding"));
+    // The whole layout, though the default folder has no maps and no picture cache.
+    for (const char* folder : {"Maps", "images/qrzImages", "Languages"}) EXPECT_TRUE(QFileInfo(target + "/" + folder).isDir()) << folder;
 
     writeFile(target + "/nicknames.txt", "mine");
     QFile::remove(target + "/Languages/Norvane_English.Language");
+    QDir(target + "/images").removeRecursively();
     ASSERT_TRUE(SeedDataFolder(defaults.path(), target, &error));
     EXPECT_EQ(readFile(target + "/nicknames.txt"), "mine");
-    EXPECT_FALSE(QFileInfo::exists(target + "/Languages/Norvane_English.Language")) << "an existing folder is left alone";
+    EXPECT_FALSE(QFileInfo::exists(target + "/Languages/Norvane_English.Language")) << "an existing folder's files are left alone";
+    EXPECT_TRUE(QFileInfo(target + "/images/qrzImages").isDir()) << "a folder of the layout it lacks is made";
 }
 
 }  // namespace

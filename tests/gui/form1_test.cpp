@@ -1,4 +1,5 @@
 // The main window against prepared data and Pictaro folders, under a real X server where one is available.
+#include "app/datafolder.h"
 #include "app/form1.h"
 #include "app/settings.h"
 #include "db/calldatabase.h"
@@ -100,6 +101,7 @@ struct Entered {
     QString status;    // lblStatus: %0 the nothing-to-look-up text, %1 the not-a-call text for %2
     QString shown;
     QStringList requests;
+    QString name{};    // %2
 };
 Q_DECLARE_METATYPE(Entered)
 Q_DECLARE_METATYPE(Start)
@@ -389,6 +391,126 @@ private slots:
         QCursor::setPos(10, 700);
         QTRY_VERIFY_WITH_TIMEOUT(!form->openMenu(), 2000);
         QVERIFY(!form->tmrMenus->isActive());
+    }
+
+    // A first run: the data folder seeded from the one the build makes, then a station from the
+    // service, whose picture lands in the (empty) cache and on screen.
+    void firstRunEndsWithTheStationPicture() {
+        QVERIFY(QDir(data).removeRecursively());
+        QString error;
+        QVERIFY2(SeedDataFolder(PX_DEFAULT_DATA, data, &error), qPrintable(error));
+        QVERIFY(QDir(data + "/images/qrzImages").isEmpty());
+        QVERIFY(loadShown());
+        pressF8(*form, "DL1ABC");
+        QTRY_VERIFY_WITH_TIMEOUT(form->Image1->isVisible(), 10000);
+        QCOMPARE(readFile(data + "/images/qrzImages/DL1ABC.jpg"), readFile(kPictures + "dl1abc.jpg"));
+        QCOMPARE(form->Image1->pixmap().toImage(), QImage(kPictures + "dl1abc.jpg").convertToFormat(form->Image1->pixmap().toImage().format()));
+        QVERIFY(CallDatabase(g.callFilePath()).FindCallRecord("DL1ABC") > 0);
+    }
+
+    // A page that says the call is unknown keeps nothing and shows nothing of itself, even right
+    // after a page that held a station (whose fields left their cursor behind), and even when the
+    // service is changed with a station on show: that station's record stays as it was.
+    void unknownCallsKeepNothing_data() {
+        QTest::addColumn<int>("service");
+        QTest::addColumn<QString>("found");
+        QTest::addColumn<int>("switchTo");  // a service that does not know `found`
+        QTest::newRow("eHam") << 0 << "LA1ABC" << 4;
+        QTest::newRow("QRZ") << 1 << "DL1ABC" << 0;
+        QTest::newRow("QRZCQ") << 2 << "F5ABC" << 0;
+        QTest::newRow("Callook") << 3 << "KP4ABC" << 0;
+        QTest::newRow("HamCall") << 4 << "EA4ABC" << 0;
+    }
+
+    void unknownCallsKeepNothing() {
+        QFETCH(int, service);
+        QFETCH(QString, found);
+        QFETCH(int, switchTo);
+        settings::SaveSetting(settings::kServiceIndex, QString::number(service));
+        QVERIFY(loadShown());
+        const QString web = found + "  (" + g.Texts.SourceWeb + form->cboDB->currentText() + ")";
+        enter(*form, found);
+        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), web, 10000);
+        QVERIFY(settle());
+        const QByteArray kept = readFile(g.callFilePath());
+        QVERIFY(CallDatabase(g.callFilePath()).FindCallRecord(found) > 0);
+
+        enter(*form, "XX9XYZ");
+        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), g.Texts.NotFound + " XX9XYZ", 10000);
+        QVERIFY(settle());
+        QCOMPARE(readFile(g.callFilePath()), kept);
+        QCOMPARE(form->lblName->text() + form->lblAdd1->text() + form->lblAdd2->text() + form->lblCtry->text() +
+                     form->lblDxAz->text(), QString());
+
+        enter(*form, found);  // from the file now
+        QCOMPARE(form->lblCall->text(), fromFile(g, found));
+        const QString address = form->lblAdd1->text();
+        form->cboDB->setCurrentIndex(switchTo);
+        emit form->cboDB->activated(switchTo);
+        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), g.Texts.NotFound + " " + found, 10000);
+        QVERIFY(settle());
+        QCOMPARE(readFile(g.callFilePath()), kept);
+        QCOMPARE(form->lblAdd1->text(), address);  // the labels it does not overwrite
+        QCOMPARE(g.CurrentCall, found);
+        QVERIFY(form->cmdUpdate->isEnabled());
+    }
+
+    // Typed calls are cleaned ("EA8/DL1ABC/P" is DL1ABC); F8 keeps its clipboard rule. A text that
+    // holds no call asks no service, and the status line says so.
+    void textWithoutACall_data() {
+        QTest::addColumn<Entered>("c");
+        const QString fromFile = "G4ABC  (%D)";
+        const QStringList noRequest;
+        QTest::newRow("typed word") << Entered{false, "HELLO", "%1", fromFile, noRequest, "HELLO"};
+        QTest::newRow("typed nothing") << Entered{false, "", "%0", fromFile, noRequest};
+        QTest::newRow("typed blanks") << Entered{false, "   ", "%0", fromFile, noRequest};
+        QTest::newRow("typed call too long") << Entered{false, "DL1ABCDE", "%1", fromFile, noRequest, "DL1ABCDE"};
+        QTest::newRow("typed with prefix and suffix")
+            << Entered{false, "ea8/dl1abc/p", "", "DL1ABC  (%WQRZ)", {"/qrz/db/DL1ABC", "/pictures/c/dl1abc/dl1abc.jpg"}};
+        QTest::newRow("F8 with prefix: cut at the slash") << Entered{true, "EA8/DL1ABC", "", "%N EA8", {"/qrz/db/EA8"}};
+        QTest::newRow("F8 cq de") << Entered{true, "cq de dl1abc", "%1", "", noRequest, "CQ"};
+        QTest::newRow("F8 empty clipboard") << Entered{true, "", "%0", "", noRequest};
+        QTest::newRow("F8 binary junk") << Entered{true, "L\x01\x02\xff\xfe", "%1", "", noRequest, "L"};
+        QTest::newRow("F8 5000 letters")
+            << Entered{true, QByteArray(5000, 'A'), "%1", "", noRequest, QString(20, 'A') + "..."};
+    }
+
+    void textWithoutACall() {
+        QFETCH(Entered, c);
+        QVERIFY(loadShown());
+        enter(*form, "G4ABC");
+        const QByteArray before = readFile(g.callFilePath());
+        server.takeRequests();
+        if (c.f8) pressF8(*form, QString::fromUtf8(c.text));
+        else enter(*form, QString::fromUtf8(c.text));
+        QVERIFY(settle());
+        QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), QString(c.shown).replace("%D", g.Texts.SourceDatabase)
+                                      .replace("%W", g.Texts.SourceWeb).replace("%N", g.Texts.NotFound), 10000);
+        QStringList requests;
+        QTRY_COMPARE_WITH_TIMEOUT(requests += server.takeRequests(), c.requests, 5000);
+        QTest::qWait(200);
+        QCOMPARE(requests += server.takeRequests(), c.requests);
+        QCOMPARE(form->lblStatus->text(), c.status.isEmpty() ? form->lblStatus->text()
+                 : QString(c.status).replace("%0", g.Texts.StatusNoCall)
+                       .replace("%1", QString(g.Texts.StatusNotACall).replace("???", c.name)));
+        if (c.requests.isEmpty()) QCOMPARE(readFile(g.callFilePath()), before);
+        QVERIFY(form->cmdUpdate->isEnabled());  // G4ABC is still the station to update
+    }
+
+    // An answer that comes after the user moved on changes nothing on screen.
+    void lateAnswerChangesNothing() {
+        QVERIFY(loadShown());
+        serverLogin("qrz");
+        enter(*form, "ZZ1HNG");  // never answers; would fail after the 2 s timeout
+        QVERIFY(QApplication::overrideCursor());
+        enter(*form, "G4ABC");
+        QCOMPARE(form->lblCall->text(), fromFile(g, "G4ABC"));
+        QVERIFY(!QApplication::overrideCursor());
+        QTest::qWait(3000);
+        QCOMPARE(form->lblCall->text(), fromFile(g, "G4ABC"));
+        QCOMPARE(form->lblStatus->text(), QString());
+        QCOMPARE(beeps, QList<int>());
+        QCOMPARE(g.CurrentCall, QString("G4ABC"));
     }
 
     // A lookup that fails ends with the pointer back to normal, keeps nothing, says in the status
