@@ -502,6 +502,55 @@ private slots:
         }
     }
 
+    // The typed call is cleaned before a service is asked, and a text with no call in it asks
+    // none. A page without a station leaves the form and the file as they were, even right after
+    // a page that held one; an answer for a call the user has left changes nothing.
+    void lookupsAskOnlyForCallsAndKeepOnlyStations() {
+        struct Case { int service; QString first, typed; QStringList requests; QString notice; };
+        const QString hamcall = "/hamcall/call?callsign=";
+        for (const Case& c : {
+                 Case{1, "", "HELLO", {}, "HELLO not found on QRZ.com"},
+                 Case{1, "", "dl1abcde", {}, "dl1abcde not found on QRZ.com"},
+                 Case{1, "", "cq de", {}, "cq de not found on QRZ.com"},
+                 Case{1, "", "ea8/dl1abc/p", {"/qrz/db/DL1ABC", "/pictures/c/dl1abc/dl1abc.jpg"}, ""},
+                 Case{4, "DL1ABC", "XX9XYZ", {hamcall + "XX9XYZ"}, "XX9XYZ not found on HamCall.net"},
+                 Case{3, "W1XYZ", "XX9XYZ", {"/callook/XX9XYZ"}, "XX9XYZ not found on Callook.info"}}) {
+            const Row row{c.typed};
+            g.ServiceNo = static_cast<int16_t>(c.service);  // the box shows the one after it
+            auto form = open(c.first);
+            if (!c.first.isEmpty()) {
+                click(form->cmdLookup);
+                QTRY_VERIFY_WITH_TIMEOUT(!form->txtName->text().isEmpty(), 10000);
+                QVERIFY(settle());
+            }
+            const QByteArray before = readFile(callFile());
+            server->takeRequests();
+            form->txtCall->setText(c.typed);
+            const QStringList boxes = shown(*form);
+            click(form->cmdLookup);
+            QTRY_VERIFY_WITH_TIMEOUT(form->Label4->isVisible() || shown(*form) != boxes, 10000);
+            QVERIFY(settle());
+            QStringList requests;
+            QTRY_COMPARE_WITH_TIMEOUT(requests += server->takeRequests(), c.requests, 5000);
+            QCOMPARE(form->Label4->text(), c.notice);
+            if (c.notice.isEmpty()) continue;
+            QCOMPARE(readFile(callFile()), before);
+            QCOMPARE(shown(*form), boxes);
+        }
+
+        // Asked about ZZ1HNG, which never answers, then a click on a call in the list.
+        g.ServiceNo = 1;
+        serverLogin("qrz");
+        auto form = open("ZZ1HNG");
+        click(form->cmdLookup);
+        clickRow(*form, 2);
+        const QStringList g4abc = shown(*form);
+        QTest::qWait(3500);  // past the timeout of 3 s
+        QCOMPARE(shown(*form), g4abc);
+        QVERIFY(form->Label4->isHidden());
+        QCOMPARE(msgBoxes, QStringList());
+    }
+
     void nicknamesHandedBackOnClosing() {
         // The box shows `shown` for the typed call; the user leaves `nickname` in it ("-": untouched).
         struct Case { const char* name; QStringList before; QString call, shown, nickname; QStringList after; bool changed; };
