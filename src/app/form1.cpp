@@ -263,6 +263,7 @@ QString Form1::updateCaption() const {
 void Form1::failureBeep() { sound::Beep(700, 100); }
 
 void Form1::clearStation() {
+    pictureOf_.clear();
     Image1->clear();
     Image1->hide();
     for (QLabel* label : {lblCall, lblName, lblAdd1, lblAdd2, lblCtry, lblDxAz}) label->clear();
@@ -335,6 +336,7 @@ bool Form1::answersPendingPage(const QString& id) const { return !pendingPage_.i
 
 void Form1::ShowDbRecord(const CallRecord& record) {
     g_.CurrentCall = vb::trim(record.Call());
+    pictureOf_ = g_.CurrentCall;
     lblCall->setText(g_.CurrentCall + QStringLiteral("  (") + g_.Texts.SourceDatabase + u')');
     lblName->setText(vb::trim(record.Name()) + NicknameSuffix(lstNicknames, g_.CurrentCall));
     lblAdd1->setText(record.Add1());
@@ -350,6 +352,7 @@ void Form1::ShowDbRecord(const CallRecord& record) {
 }
 
 void Form1::cmdUpdate_Click() {
+    pictureOf_.clear();
     Image1->clear();
     Image1->hide();
     lblCall->setText(QString(g_.Texts.Contacting).replace(QStringLiteral("***"), g_.ServiceName) + QStringLiteral(". . ."));
@@ -421,6 +424,7 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
     }
     const StationFields& station = *reading.station;
     g_.CurrentCall = call;
+    pictureOf_ = call;
     lblName->setText(station.name + NicknameSuffix(lstNicknames, call));
     lblAdd1->setText(station.add1);
     lblAdd2->setText(station.add2);
@@ -477,7 +481,7 @@ void Form1::onPictureReady(const QString& id) {
     // A page whose completion came after a picture request arrives here as well (the control
     // goes by the latest request's kind): only a picture goes into the cache, and only the
     // station on show gets its picture shown.
-    if (StorePictureInCache(g_.DataPath, id, g_.DownloadBuffer) && id == g_.CurrentCall)
+    if (StorePictureInCache(g_.DataPath, id, g_.DownloadBuffer) && id == pictureOf_)
         showPicture(PictureCachePath(g_.DataPath, id), 20);
     if (pendingPage_.isEmpty()) busy_.set(false);
 }
@@ -496,6 +500,7 @@ void Form1::showPictureFromCache() {
     }
     // The service's placeholder: fetch the real picture again.
     g_.CurrentCall = vb::trim(lblCall->text()).section(u' ', 0, 0);
+    pictureOf_ = g_.CurrentCall;
     if (!lookUp->PictureUrl(g_.CurrentCall).isEmpty()) lookUp->GetPicture(g_.CurrentCall);
 }
 

@@ -118,6 +118,7 @@ private:
 
     ModuleValues& g_;
     QString pendingPage_;      // the call whose page is awaited, "" when none is
+    QString pictureOf_;        // the station whose picture belongs on screen, "" while none is shown
     bool startupFlag_ = true;  // the first service-box click is the one loading causes
     bool unloading_ = false;
     QSystemTrayIcon* tray_ = nullptr;
