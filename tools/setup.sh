@@ -13,6 +13,8 @@ build="$top/build"
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl-dev libgtest-dev libgmock-dev
           libbenchmark-dev libsqlite3-dev libgumbo-dev libx11-dev libxtst-dev xvfb xauth fonts-dejavu-core
           python3 qt6-webengine-dev libasound2-dev clang libclang-rt-14-dev)
+# The user-session test drives the real window on its own X server with a window manager.
+[ "$mode" = test ] && packages+=(openbox xdotool xclip x11-utils x11-apps)
 # The Windows platform file is compiled (syntax only) by the MinGW compiler in the test run.
 [ "$mode" = test ] && packages+=(g++-mingw-w64-x86-64-posix)
 missing=()

@@ -126,6 +126,8 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     lblCall->setFont(callFont);
 
     connect(txtCall, &QLineEdit::returnPressed, this, &Form1::txtCall_Enter);
+    // A call can be typed as soon as the window shows; F8 reaches the window from the box too.
+    txtCall->setFocus();
     connect(cmdUpdate, &QPushButton::clicked, this, &Form1::cmdUpdate_Click);
 }
 
