@@ -9,6 +9,8 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <cstdio>
+
 namespace {
 
 // For the start-up benchmark: with PX_QUIT_WHEN_SHOWN set, the program ends as soon as its
@@ -30,6 +32,13 @@ int main(int argc, char* argv[]) {
     if (IsCliInvocation(args)) {
         QCoreApplication app(argc, argv);
         return RunCli(args);
+    }
+    // Qt would abort without a display; say so and end instead.
+    QString why;
+    if (!platform::DisplayAvailable(WindowOption(args, QStringLiteral("platform")), WindowOption(args, QStringLiteral("display")),
+                                    &why)) {
+        std::fprintf(stderr, "pxcallsigns: no display: %s (see pxcallsigns --help for the commands)\n", qPrintable(why));
+        return 1;
     }
 
     QApplication app(argc, argv);

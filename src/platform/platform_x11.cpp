@@ -222,4 +222,19 @@ std::optional<QRect> WindowRect(WindowId window) {
     return rect;
 }
 
+bool DisplayAvailable(const QString& platformName, const QString& displayName, QString* why) {
+    // "xcb:option=value" names its plugin before the colon; a list ("wayland;xcb") is Qt's to try.
+    const QString plugin =
+        (platformName.isEmpty() ? qEnvironmentVariable("QT_QPA_PLATFORM") : platformName).section(u':', 0, 0).trimmed();
+    if (!plugin.isEmpty() && plugin != QLatin1String("xcb")) return true;
+    const QString name = displayName.isEmpty() ? qEnvironmentVariable("DISPLAY") : displayName;
+    if (name.isEmpty()) {
+        if (why) *why = QStringLiteral("DISPLAY is not set");
+        return false;
+    }
+    const DisplayPtr display(XOpenDisplay(name.toLocal8Bit().constData()));
+    if (!display && why) *why = QStringLiteral("cannot open the X display ") + name;
+    return display != nullptr;
+}
+
 }  // namespace platform
