@@ -232,9 +232,16 @@ bool DisplayAvailable(const QString& platformName, const QString& displayName, Q
         if (why) *why = QStringLiteral("DISPLAY is not set");
         return false;
     }
-    const DisplayPtr display(XOpenDisplay(name.toLocal8Bit().constData()));
-    if (!display && why) *why = QStringLiteral("cannot open the X display ") + name;
-    return display != nullptr;
+    DisplayPtr display(XOpenDisplay(name.toLocal8Bit().constData()));
+    if (!display) {
+        if (why) *why = QStringLiteral("cannot open the X display ") + name;
+        return false;
+    }
+    // Kept open until the program ends: an X server that resets itself when its last client
+    // leaves (Xvfb does, taking tens of milliseconds) would otherwise do so right before Qt connects.
+    static DisplayPtr kept;
+    kept = std::move(display);
+    return true;
 }
 
 }  // namespace platform
