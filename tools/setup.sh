@@ -15,8 +15,9 @@ packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl
           python3 qt6-webengine-dev libasound2-dev clang libclang-rt-14-dev)
 # The user-session test drives the real window on its own X server with a window manager.
 [ "$mode" = test ] && packages+=(openbox xdotool xclip x11-utils x11-apps)
-# The Windows platform file is compiled (syntax only) by the MinGW compiler in the test run.
-[ "$mode" = test ] && packages+=(g++-mingw-w64-x86-64-posix)
+# The Windows platform file is compiled (syntax only) by the MinGW compiler in the test run, and
+# the GoogleTest suites run once more under a German locale.
+[ "$mode" = test ] && packages+=(g++-mingw-w64-x86-64-posix locales)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
@@ -28,12 +29,27 @@ if [ ${#missing[@]} -gt 0 ]; then
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"
 fi
 
+# The locales that a user's LC_ALL may name in the test run; generated once.
+if [ "$mode" = test ]; then
+  wanted=()
+  for l in de_DE fr_FR; do locale -a 2>/dev/null | grep -qx "$l.utf8" || wanted+=("$l.UTF-8 UTF-8"); done
+  if [ ${#wanted[@]} -gt 0 ]; then
+    sudo=""; [ "$(id -u)" -ne 0 ] && sudo=sudo
+    for w in "${wanted[@]}"; do
+      grep -qx "$w" /etc/locale.gen 2>/dev/null || echo "$w" | $sudo tee -a /etc/locale.gen >/dev/null
+    done
+    $sudo locale-gen
+  fi
+fi
+
 cmake -S "$top" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$build" -j "$(nproc)"
 
 if [ "$mode" = test ]; then
   # Window tests need an X server: a private Xvfb for the whole run.
   (cd "$build" && xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure -j "$(nproc)")
+  # No test may depend on the user's locale: the same suites under German number formats.
+  (cd "$build/tests" && LC_ALL=de_DE.UTF-8 ./core_tests && LC_ALL=de_DE.UTF-8 ./lookup_tests)
 
   # The same core, lookup engine and command line built with clang under AddressSanitizer
   # (leaks included) and UBSan, their tests run again: the first finding fails the test.

@@ -20,11 +20,15 @@ QString CallFromClipboardText(const QString& text) {
 }
 
 QString FormatDxAz(double distance, double azimuth, int unit) {
-    QLocale locale;
-    locale.setNumberOptions(locale.numberOptions() & ~QLocale::OmitGroupSeparator);
-    const QString number = locale.toString(static_cast<qlonglong>(std::round(distance)));
+    // Both numbers in the user's locale: the distance always grouped (even where the locale
+    // leaves grouping out), the azimuth as a plain number with the locale's decimal separator.
+    QLocale grouped;
+    grouped.setNumberOptions(grouped.numberOptions() & ~QLocale::OmitGroupSeparator);
+    QLocale plain;
+    plain.setNumberOptions(plain.numberOptions() | QLocale::OmitGroupSeparator);
+    const QString number = grouped.toString(static_cast<qlonglong>(std::round(distance)));
     return number + u' ' + (unit == 1 ? QStringLiteral("mi") : QStringLiteral("km")) + u' ' +
-           QString::number(azimuth, 'g', 15) + QStringLiteral("\u00b0 ");
+           plain.toString(azimuth, 'g', 15) + QStringLiteral("\u00b0 ");
 }
 
 QString NicknameSuffix(const QStringList& nicknames, const QString& call) {

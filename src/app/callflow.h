@@ -13,7 +13,8 @@
 QString CallFromClipboardText(const QString& text);
 
 // The distance line: "12,346 km 45° " (thousands separator, no decimals, one blank, the unit
-// "mi" for unit 1 and "km" otherwise, a blank, the azimuth, "° ").
+// "mi" for unit 1 and "km" otherwise, a blank, the azimuth, "° "), with the separators of the
+// default locale (the user's, unless QLocale::setDefault chose another).
 QString FormatDxAz(double distance, double azimuth, int unit);
 
 // "  (nickname)" for the first nickname entry that begins with call (compared without regard to

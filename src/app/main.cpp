@@ -1,5 +1,6 @@
 #include "app/datafolder.h"
 #include "app/form1.h"
+#include "app/singleinstance.h"
 #include "cli/cli.h"
 #include "platform/platform.h"
 #include "ui/unimsgbox.h"
@@ -8,6 +9,8 @@
 #include <QCoreApplication>
 #include <QTimer>
 #include <QWindow>
+
+#include <cstdio>
 
 namespace {
 
@@ -31,21 +34,41 @@ int main(int argc, char* argv[]) {
         QCoreApplication app(argc, argv);
         return RunCli(args);
     }
+    // Qt would abort without a display; say so and end instead.
+    QString why;
+    if (!platform::DisplayAvailable(WindowOption(args, QStringLiteral("platform")), WindowOption(args, QStringLiteral("display")),
+                                    &why)) {
+        std::fprintf(stderr, "pxcallsigns: no display: %s (see pxcallsigns --help for the commands)\n", qPrintable(why));
+        return 1;
+    }
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("PX Callsigns"));
     // Closing the main window from its title bar hides it; the program ends through Unload.
     QApplication::setQuitOnLastWindowClosed(false);
 
+    // One copy per user and data folder: a second start brings the running one to the front.
+    const QString dataPath = platform::GetAppDataFolder() + QStringLiteral("/Norvane");
+    SingleInstance instance(dataPath);
+    if (instance.role() == SingleInstance::Role::OtherRaised) return 0;
+    if (instance.role() == SingleInstance::Role::OtherSilent) {
+        std::fprintf(stderr, "pxcallsigns: another copy runs on %s but does not answer\n", qPrintable(dataPath));
+        return 1;
+    }
+
     // First run: the data folder comes from the default one that ships with the program.
     QString error;
-    const QString dataPath = platform::GetAppDataFolder() + QStringLiteral("/Norvane");
     if (!SeedDataFolder(DefaultDataFolder(QCoreApplication::applicationDirPath()), dataPath, &error))
         ShowUniMsgBox(nullptr, error, 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
 
     ModuleValues values;
     Form1 form(values);
     if (!form.Form_Load()) return 1;
+    QObject::connect(&instance, &SingleInstance::activationRequested, &form, [&form] {
+        form.showNormal();
+        form.raise();
+        form.activateWindow();
+    });
     QuitWhenExposedIfAsked(&form);
     form.show();
     return app.exec();

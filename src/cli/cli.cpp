@@ -1,5 +1,6 @@
 #include "cli/cli.h"
 
+#include "cli/cliargs.h"
 #include "common/vbtext.h"
 #include "app/settings.h"
 #include "db/calldatabase.h"
@@ -16,17 +17,20 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
+#include <array>
 #include <cstdio>
+#include <optional>
 
 namespace {
 
 constexpr const char* kUsage =
-    "Usage: pxcallsigns [COMMAND]\n"
-    "Without a command the program opens its main window.\n"
+    "Usage: pxcallsigns [COMMAND] [OPERAND]... [OPTION]...\n"
+    "Without arguments the program opens its main window. Options may stand anywhere.\n"
     "\n"
     "Commands:\n"
     "  db count                     number of records in the call-sign file\n"
@@ -34,8 +38,10 @@ constexpr const char* kUsage =
     "  db find CALL [--json]        the record of CALL (exit 1 when absent)\n"
     "  db add --call CALL [--name T] [--add1 T] [--add2 T] [--ctry T] [--lat T] [--lon T]\n"
     "         [--class T] [--year T]\n"
-    "                               adds the record, or updates the one of that call\n"
-    "  db delete CALL               removes every record of CALL\n"
+    "                               adds the record, or updates the one of that call; the call\n"
+    "                               is cleaned as for a lookup, --lat and --lon are numbers\n"
+    "                               within 90 and 180 degrees\n"
+    "  db delete CALL               removes every record of CALL (exit 1 when there is none)\n"
     "  grid LAT LON                 the six-character grid square of a position (exit 1 beyond\n"
     "                               90 degrees of latitude)\n"
     "  distance LAT1 LON1 LAT2 LON2 [--miles] [--json]\n"
@@ -51,9 +57,19 @@ constexpr const char* kUsage =
     "                               found; exit 1 not found, 3 service not reached\n"
     "\n"
     "Options:\n"
-    "  --data DIR                   data folder to use (default: the user's Norvane folder)\n"
-    "  --help                       this text\n"
-    "  --version                    the program's version\n";
+    "  --data DIR                   data folder of db and lookup (default: the user's Norvane\n"
+    "                               folder); it must exist\n"
+    "  -h, --help                   this text\n"
+    "  --version                    the program's version\n"
+    "\n"
+    "Negative numbers are operands (distance 0 0 -33.9 151.2). Qt's own window options, in their\n"
+    "single-dash form only, go to the window: -platform NAME, -display NAME, -style NAME,\n"
+    "-geometry WxH+X+Y, -reverse and the like; given with a command they are refused.\n"
+    "Without a display the window is not opened (exit 1). A second start of the window, for the\n"
+    "same user and data folder, brings the running one to the front and ends (exit 0).\n"
+    "\n"
+    "Exit status: 0 done, 1 not found or failed, 2 unknown command or bad argument,\n"
+    "3 call-book service not reached.\n";
 
 struct FieldOption {
     const char* option;
@@ -83,38 +99,54 @@ int usageError(const QString& message) {
     return 2;
 }
 
-struct Parsed {
-    QStringList positional;
-    QMap<QString, QString> options;
-    bool json = false;
-    bool miles = false;
-    QString error;
-};
-
-Parsed parse(const QStringList& args) {
-    Parsed p;
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString& a = args[i];
-        if (a == QLatin1String("--json")) {
-            p.json = true;
-        } else if (a == QLatin1String("--miles")) {
-            p.miles = true;
-        } else if (a.startsWith(QLatin1String("--")) && a != QLatin1String("--help") &&
-                   a != QLatin1String("--version")) {
-            if (i + 1 >= args.size()) {
-                p.error = a + QStringLiteral(" needs a value");
-                return p;
-            }
-            p.options.insert(a, args[++i]);
-        } else {
-            p.positional.append(a);
-        }
+// Refuses an option that the command does not take; false after the message.
+bool takesOnly(const CliArgs& p, const QString& command, const QStringList& allowed) {
+    for (const QString& option : p.options()) {
+        if (allowed.contains(option)) continue;
+        usageError(command + QStringLiteral(" does not take ") + option);
+        return false;
     }
-    return p;
+    return true;
 }
 
-int runDb(const Parsed& p, CallDatabase& db) {
+// The call-sign file of the data folder that --data names (it must be there), else of the user's.
+std::optional<CallDatabase> openDatabase(const CliArgs& p) {
+    const QString defaultFolder = platform::GetAppDataFolder() + QStringLiteral("/Norvane");
+    const QString folder = p.values.value(QStringLiteral("--data"), defaultFolder);
+    if (p.values.contains(QStringLiteral("--data")) && !QFileInfo(folder).isDir()) {
+        usageError(QStringLiteral("no such folder: ") + folder);
+        return std::nullopt;
+    }
+    return CallDatabase(folder + u'/' + QLatin1String(CallDatabase::kFileName));
+}
+
+// A latitude or longitude given to db add: a number within ±limit degrees; "" when fine.
+QString positionError(const CliArgs& p, const char* option, double limit) {
+    if (!p.values.contains(QLatin1String(option))) return {};
+    const QString text = p.values.value(QLatin1String(option));
+    const std::optional<double> value = vb::parseNumber(text);
+    if (value && *value >= -limit && *value <= limit) return {};
+    return QLatin1String(option) + QStringLiteral(" takes a number from -%1 to %1, not '").arg(limit) + text + u'\'';
+}
+
+int runDb(const CliArgs& p) {
     const QString verb = p.positional.value(1);
+    const QString command = QStringLiteral("db ") + verb;
+    const bool listing = verb == QLatin1String("count") || verb == QLatin1String("list");
+    const bool oneCall = verb == QLatin1String("find") || verb == QLatin1String("delete");
+    if (!listing && !oneCall && verb != QLatin1String("add"))
+        return usageError(verb.isEmpty() ? QStringLiteral("db needs a command") : QStringLiteral("unknown db command ") + verb);
+    if (oneCall && p.positional.size() != 3) return usageError(command + QStringLiteral(" needs one call sign"));
+    if (!oneCall && p.positional.size() > 2) return usageError(QStringLiteral("unexpected argument ") + p.positional[2]);
+    QStringList allowed{QStringLiteral("--data")};
+    if (verb == QLatin1String("find")) allowed << QStringLiteral("--json");
+    if (verb == QLatin1String("add"))
+        for (const FieldOption& f : kFieldOptions) allowed << QLatin1String(f.option);
+    if (!takesOnly(p, command, allowed)) return 2;
+    std::optional<CallDatabase> opened = openDatabase(p);
+    if (!opened) return 2;
+    CallDatabase& db = *opened;
+
     if (verb == QLatin1String("count")) {
         out() << db.CountRecords() << "\n";
         return 0;
@@ -126,9 +158,8 @@ int runDb(const Parsed& p, CallDatabase& db) {
         return 0;
     }
     if (verb == QLatin1String("find")) {
-        if (p.positional.size() != 3) return usageError(QStringLiteral("db find needs one call sign"));
         const int32_t n = db.FindCallRecord(p.positional[2]);
-        if (p.json) {
+        if (p.flags.contains(QStringLiteral("--json"))) {
             QJsonObject o;
             o.insert(QStringLiteral("found"), n > 0);
             o.insert(QStringLiteral("record"), n);
@@ -146,18 +177,17 @@ int runDb(const Parsed& p, CallDatabase& db) {
         return n > 0 ? 0 : 1;
     }
     if (verb == QLatin1String("add")) {
-        const QString call = vb::trim(p.options.value(QStringLiteral("--call")));
-        if (call.isEmpty()) return usageError(QStringLiteral("db add needs --call"));
-        for (const QString& key : p.options.keys()) {
-            bool known = key == QLatin1String("--data");
-            for (const FieldOption& f : kFieldOptions) known = known || key == QLatin1String(f.option);
-            if (!known) return usageError(QStringLiteral("unknown option ") + key);
-        }
+        if (!p.values.contains(QStringLiteral("--call"))) return usageError(QStringLiteral("db add needs --call"));
+        QString given = p.values.value(QStringLiteral("--call"));
+        const QString call = CleanCall(given);
+        if (call.isEmpty()) return usageError(QStringLiteral("no usable call sign: ") + p.values.value(QStringLiteral("--call")));
+        for (const auto& [option, limit] : {std::pair{"--lat", 90.0}, {"--lon", 180.0}})
+            if (const QString error = positionError(p, option, limit); !error.isEmpty()) return usageError(error);
         if (!db.exists()) db.FindCallRecord(call);  // creates the empty file
         const int32_t n = db.FindCallRecord(call);
         db.ClearRecord();
         for (const FieldOption& f : kFieldOptions)
-            db.CurrentRecord.setField(f.field, f.field == CallField::Call ? call : p.options.value(QLatin1String(f.option)));
+            db.CurrentRecord.setField(f.field, f.field == CallField::Call ? call : p.values.value(QLatin1String(f.option)));
         const bool ok = n == 0 ? db.AppendSorted() : db.UpdateRecord(n);
         if (!ok) {
             err() << "pxcallsigns: " << db.lastError() << "\n";
@@ -166,29 +196,46 @@ int runDb(const Parsed& p, CallDatabase& db) {
         out() << (n == 0 ? "added " : "updated ") << call << "\n";
         return 0;
     }
-    if (verb == QLatin1String("delete")) {
-        if (p.positional.size() != 3) return usageError(QStringLiteral("db delete needs one call sign"));
-        if (!db.DeleteCallRecord(p.positional[2])) {
-            err() << "pxcallsigns: " << db.lastError() << "\n";
-            return 1;
-        }
-        return 0;
+    // delete: every record of the call, found by reading them all as the delete itself does.
+    QStringList calls;
+    db.FillCallList(calls);
+    if (!calls.contains(vb::trim(p.positional[2]))) {
+        err() << p.positional[2] << ": not found\n";
+        return 1;
     }
-    return usageError(verb.isEmpty() ? QStringLiteral("db needs a command") : QStringLiteral("unknown db command ") + verb);
+    if (!db.DeleteCallRecord(p.positional[2])) {
+        err() << "pxcallsigns: " << db.lastError() << "\n";
+        return 1;
+    }
+    return 0;
 }
 
-int runDistance(const Parsed& p) {
-    if (p.positional.size() != 5) return usageError(QStringLiteral("distance needs LAT1 LON1 LAT2 LON2"));
-    double v[4];
-    for (int i = 0; i < 4; ++i) {
-        const auto number = vb::parseNumber(p.positional[i + 1]);
-        if (!number) return usageError(QStringLiteral("not a number: ") + p.positional[i + 1]);
+// The four numbers of a position pair, or of one position; nullopt after the message.
+template <size_t N>
+std::optional<std::array<double, N>> numbers(const CliArgs& p) {
+    std::array<double, N> v{};
+    for (size_t i = 0; i < N; ++i) {
+        const QString& text = p.positional[qsizetype(i) + 1];
+        const std::optional<double> number = vb::parseNumber(text);
+        if (!number) {
+            usageError(QStringLiteral("not a number: ") + text);
+            return std::nullopt;
+        }
         v[i] = *number;
     }
+    return v;
+}
+
+int runDistance(const CliArgs& p) {
+    if (!takesOnly(p, QStringLiteral("distance"), {QStringLiteral("--miles"), QStringLiteral("--json")})) return 2;
+    if (p.positional.size() != 5) return usageError(QStringLiteral("distance needs LAT1 LON1 LAT2 LON2"));
+    const auto v = numbers<4>(p);
+    if (!v) return 2;
+    const bool miles = p.flags.contains(QStringLiteral("--miles"));
     double distance = 0, azimuth = 0;
-    DistanceAzimuth(v[0], v[1], v[2], v[3], p.miles ? 1 : 0, distance, azimuth);
-    const QString unit = p.miles ? QStringLiteral("mi") : QStringLiteral("km");
-    if (p.json) {
+    DistanceAzimuth((*v)[0], (*v)[1], (*v)[2], (*v)[3], miles ? 1 : 0, distance, azimuth);
+    const QString unit = miles ? QStringLiteral("mi") : QStringLiteral("km");
+    if (p.flags.contains(QStringLiteral("--json"))) {
         QJsonObject o{{"distance", distance}, {"azimuth", azimuth}, {"unit", unit}};
         out() << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
     } else {
@@ -197,11 +244,16 @@ int runDistance(const Parsed& p) {
     return 0;
 }
 
-// The position read as the setup window reads it: the number at the start of the text, 0 for none.
-int runGrid(const Parsed& p) {
+int runGrid(const CliArgs& p) {
+    if (!takesOnly(p, QStringLiteral("grid"), {})) return 2;
     if (p.positional.size() != 3) return usageError(QStringLiteral("grid needs LAT LON"));
-    const QString grid = GridSquare(vb::val(p.positional[1]), vb::val(p.positional[2]));
-    if (grid.isEmpty()) return 1;
+    const auto v = numbers<2>(p);
+    if (!v) return 2;
+    const QString grid = GridSquare((*v)[0], (*v)[1]);
+    if (grid.isEmpty()) {
+        err() << "pxcallsigns: no grid square beyond 90 degrees of latitude\n";
+        return 1;
+    }
     out() << grid << "\n";
     return 0;
 }
@@ -216,7 +268,8 @@ bool readPage(const QString& path, QString& text) {
     return true;
 }
 
-int runDecode(const Parsed& p) {
+int runDecode(const CliArgs& p) {
+    if (!takesOnly(p, QStringLiteral("decode"), {})) return 2;
     if (p.positional.size() != 2) return usageError(QStringLiteral("decode needs one file"));
     QString text;
     if (!readPage(p.positional[1], text)) return 1;
@@ -230,13 +283,24 @@ QString jsonText(const QJsonValue& value) {
     return QString::fromUtf8(array.mid(1, array.size() - 2));
 }
 
-int runParse(const Parsed& p) {
+// The service that --service names; 0 after the message.
+int serviceOption(const CliArgs& p) {
     bool ok = false;
-    const int service = p.options.value(QStringLiteral("--service")).toShort(&ok);
-    if (!ok) return usageError(QStringLiteral("parse needs --service N"));
-    if (!p.options.contains(QStringLiteral("--call"))) return usageError(QStringLiteral("parse needs --call CALL"));
+    const int service = p.values.value(QStringLiteral("--service")).toInt(&ok);
+    if (ok && ServiceByNumber(service)) return service;
+    usageError(QStringLiteral("--service takes 1 to 5"));
+    return 0;
+}
+
+int runParse(const CliArgs& p) {
+    if (!takesOnly(p, QStringLiteral("parse"), {QStringLiteral("--service"), QStringLiteral("--call"), QStringLiteral("--json")}))
+        return 2;
+    if (!p.values.contains(QStringLiteral("--service"))) return usageError(QStringLiteral("parse needs --service N"));
+    const int service = serviceOption(p);
+    if (service == 0) return 2;
+    if (!p.values.contains(QStringLiteral("--call"))) return usageError(QStringLiteral("parse needs --call CALL"));
     if (p.positional.size() != 2) return usageError(QStringLiteral("parse needs one file"));
-    const QString call = p.options.value(QStringLiteral("--call"));
+    const QString call = p.values.value(QStringLiteral("--call"));
 
     lookup::CallbookFields fields;
     if (!readPage(p.positional[1], fields.PageText)) return 1;
@@ -258,7 +322,7 @@ int runParse(const Parsed& p) {
         {"Grid", fields.Grid()},
         {"WebAddress", fields.WebAddress()},
     };
-    if (p.json) {
+    if (p.flags.contains(QStringLiteral("--json"))) {
         // Written by hand to keep the reading order (QJsonObject sorts its keys).
         QStringList members;
         for (const auto& [key, value] : values) members.append(jsonText(QLatin1String(key)) + u':' + jsonText(value));
@@ -272,7 +336,8 @@ int runParse(const Parsed& p) {
     return 0;
 }
 
-int runCleanCall(const Parsed& p) {
+int runCleanCall(const CliArgs& p) {
+    if (!takesOnly(p, QStringLiteral("clean-call"), {})) return 2;
     if (p.positional.size() != 2) return usageError(QStringLiteral("clean-call needs one text"));
     QString call = p.positional[1];
     const QString cleaned = CleanCall(call);
@@ -301,27 +366,32 @@ void printStation(const Shown& shown, bool json) {
     for (const auto& [key, value] : shown.fields) out() << key << ": " << value << "\n";
 }
 
-int runLookup(const Parsed& p) {
+int runLookup(const CliArgs& p) {
+    if (!takesOnly(p, QStringLiteral("lookup"), {QStringLiteral("--data"), QStringLiteral("--service"), QStringLiteral("--json")}))
+        return 2;
     if (p.positional.size() != 2) return usageError(QStringLiteral("lookup needs one call sign"));
-    QString call = p.positional[1];
-    if (CleanCall(call).isEmpty()) return usageError(QStringLiteral("no usable call sign: ") + p.positional[1]);
-    const QString data = p.options.value(QStringLiteral("--data"), platform::GetAppDataFolder() + QStringLiteral("/Norvane"));
-    CallDatabase db(data + u'/' + QLatin1String(CallDatabase::kFileName));
+    QString given = p.positional[1];
+    const QString call = CleanCall(given);
+    if (call.isEmpty()) return usageError(QStringLiteral("no usable call sign: ") + p.positional[1]);
+    int service = settings::GetInt16Setting(settings::kServiceIndex, 1) + 1;
+    if (p.values.contains(QStringLiteral("--service"))) {
+        if ((service = serviceOption(p)) == 0) return 2;
+    } else if (!ServiceByNumber(service)) {
+        return usageError(QStringLiteral("the settings choose no service (DataBase/Index %1); give --service").arg(service - 1));
+    }
+    std::optional<CallDatabase> opened = openDatabase(p);
+    if (!opened) return 2;
+    CallDatabase& db = *opened;
+    const bool json = p.flags.contains(QStringLiteral("--json"));
 
     Shown shown;
     if (db.FindCallRecord(call) > 0 && !vb::trim(db.CurrentRecord.Name()).isEmpty()) {
         shown.source = QStringLiteral("database");
         for (const FieldOption& f : kFieldOptions) shown.fields.append({f.jsonKey, vb::trim(db.CurrentRecord.field(f.field))});
-        printStation(shown, p.json);
+        printStation(shown, json);
         return 0;
     }
 
-    int service = settings::GetInt16Setting(settings::kServiceIndex, 1) + 1;
-    if (p.options.contains(QStringLiteral("--service"))) {
-        bool ok = false;
-        service = p.options.value(QStringLiteral("--service")).toInt(&ok);
-        if (!ok || !ServiceByNumber(service)) return usageError(QStringLiteral("--service takes 1 to 5"));
-    }
     QByteArray buffer;
     ucLookUp control(buffer, LookupHosts::FromSettings());
     control.setDatabase(static_cast<int16_t>(service));
@@ -355,47 +425,33 @@ int runLookup(const Parsed& p) {
     shown.source = serviceName;
     db.FindCallRecord(call);
     for (const FieldOption& f : kFieldOptions) shown.fields.append({f.jsonKey, vb::trim(db.CurrentRecord.field(f.field))});
-    printStation(shown, p.json);
+    printStation(shown, json);
     return 0;
 }
 
 }  // namespace
 
-bool IsCliInvocation(const QStringList& args) {
-    static const QStringList kCommands{QStringLiteral("db"),         QStringLiteral("distance"), QStringLiteral("grid"), QStringLiteral("decode"),
-                                       QStringLiteral("parse"),      QStringLiteral("clean-call"), QStringLiteral("lookup"), QStringLiteral("--help"),
-                                       QStringLiteral("-h"),         QStringLiteral("--version")};
-    return args.size() > 1 && kCommands.contains(args[1]);
-}
-
 int RunCli(const QStringList& args) {
-    const Parsed p = parse(args.mid(1));
-    int status = 0;
+    const CliArgs p = ParseCliArgs(args.mid(1));
+    struct Command { const char* name; int (*run)(const CliArgs&); };
+    static constexpr Command kCommands[] = {{"db", runDb},         {"grid", runGrid},   {"distance", runDistance},
+                                            {"decode", runDecode}, {"parse", runParse}, {"lookup", runLookup},
+                                            {"clean-call", runCleanCall}};
+    int status = -1;
     if (!p.error.isEmpty()) {
         status = usageError(p.error);
-    } else if (args.contains(QStringLiteral("--help")) || args.contains(QStringLiteral("-h"))) {
+    } else if (p.flags.contains(QStringLiteral("--help"))) {
         out() << kUsage;
-    } else if (args.contains(QStringLiteral("--version"))) {
+        status = 0;
+    } else if (p.flags.contains(QStringLiteral("--version"))) {
         out() << "pxcallsigns " << PX_VERSION << "\n";
-    } else if (p.positional.value(0) == QLatin1String("db")) {
-        const QString data = p.options.value(QStringLiteral("--data"),
-                                             platform::GetAppDataFolder() + QStringLiteral("/Norvane"));
-        CallDatabase db(data + u'/' + QLatin1String(CallDatabase::kFileName));
-        status = runDb(p, db);
-    } else if (p.positional.value(0) == QLatin1String("grid")) {
-        status = runGrid(p);
-    } else if (p.positional.value(0) == QLatin1String("distance")) {
-        status = runDistance(p);
-    } else if (p.positional.value(0) == QLatin1String("decode")) {
-        status = runDecode(p);
-    } else if (p.positional.value(0) == QLatin1String("parse")) {
-        status = runParse(p);
-    } else if (p.positional.value(0) == QLatin1String("lookup")) {
-        status = runLookup(p);
-    } else if (p.positional.value(0) == QLatin1String("clean-call")) {
-        status = runCleanCall(p);
+        status = 0;
     } else {
-        status = usageError(QStringLiteral("unknown command ") + p.positional.value(0));
+        for (const Command& c : kCommands)
+            if (p.positional.value(0) == QLatin1String(c.name)) status = c.run(p);
+        if (status < 0)
+            status = usageError(p.positional.isEmpty() ? QStringLiteral("no command given")
+                                                       : QStringLiteral("unknown command ") + p.positional[0]);
     }
     out().flush();
     err().flush();

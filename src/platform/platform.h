@@ -33,6 +33,14 @@ WindowId FindWindowByTitle(const QString& title);
 // Outer rectangle of a window on the screen, in pixels.
 std::optional<QRect> WindowRect(WindowId window);
 
+// Whether the program's windows can be shown. platformName and displayName are Qt's window
+// options as given on the command line ("-platform", "-display"), "" when not given; otherwise
+// QT_QPA_PLATFORM and DISPLAY count. When not, *why (if given) says what is missing.
+// Linux: only the X11 plugin ("xcb", Qt's default here) is checked, by opening the X display;
+// other plugins (offscreen, wayland, ...) are left to Qt. A display that opens stays connected
+// until the program ends. Windows: always true.
+bool DisplayAvailable(const QString& platformName, const QString& displayName, QString* why);
+
 // Plays a tone of hz for ms milliseconds and returns when it has sounded; false (and silence)
 // where there is no sound device.
 bool PlayTone(int hz, int ms);

@@ -77,6 +77,9 @@ std::optional<QRect> WindowRect(WindowId window) {
     return QRect(r.left, r.top, r.right - r.left, r.bottom - r.top);
 }
 
+// Windows always has its desktop.
+bool DisplayAvailable(const QString&, const QString&, QString*) { return true; }
+
 bool PlayTone(int hz, int ms) { return hz >= 37 && hz <= 32767 && ms > 0 && ::Beep(hz, ms); }
 
 }  // namespace platform

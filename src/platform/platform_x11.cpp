@@ -222,4 +222,26 @@ std::optional<QRect> WindowRect(WindowId window) {
     return rect;
 }
 
+bool DisplayAvailable(const QString& platformName, const QString& displayName, QString* why) {
+    // "xcb:option=value" names its plugin before the colon; a list ("wayland;xcb") is Qt's to try.
+    const QString plugin =
+        (platformName.isEmpty() ? qEnvironmentVariable("QT_QPA_PLATFORM") : platformName).section(u':', 0, 0).trimmed();
+    if (!plugin.isEmpty() && plugin != QLatin1String("xcb")) return true;
+    const QString name = displayName.isEmpty() ? qEnvironmentVariable("DISPLAY") : displayName;
+    if (name.isEmpty()) {
+        if (why) *why = QStringLiteral("DISPLAY is not set");
+        return false;
+    }
+    DisplayPtr display(XOpenDisplay(name.toLocal8Bit().constData()));
+    if (!display) {
+        if (why) *why = QStringLiteral("cannot open the X display ") + name;
+        return false;
+    }
+    // Kept open until the program ends: an X server that resets itself when its last client
+    // leaves (Xvfb does, taking tens of milliseconds) would otherwise do so right before Qt connects.
+    static DisplayPtr kept;
+    kept = std::move(display);
+    return true;
+}
+
 }  // namespace platform

@@ -12,10 +12,32 @@ TEST(CallFlowTest, ClipboardTextToCall) {
         EXPECT_EQ(CallFromClipboardText(QString::fromUtf8(c.text)), QString::fromUtf16(c.call)) << c.text;
 }
 
-TEST(CallFlowTest, DistanceLine) {
-    EXPECT_EQ((QStringList{FormatDxAz(12345.6, 45, 0), FormatDxAz(62, 0, 1), FormatDxAz(0, 0, 2), FormatDxAz(1234567, 359, 1),
-                           FormatDxAz(-20048, 90, 0)}),
-              (QStringList{"12,346 km 45\u00b0 ", "62 mi 0\u00b0 ", "0 km 0\u00b0 ", "1,234,567 mi 359\u00b0 ", "-20,048 km 90\u00b0 "}));
+// The distance grouped and the azimuth's decimals written as the chosen locale writes them.
+TEST(CallFlowTest, DistanceLineInTheLocale) {
+    struct Case { QLocale locale; double distance, azimuth; int unit; const char16_t* line; };
+    const QLocale english(QLocale::English, QLocale::UnitedStates), german(QLocale::German, QLocale::Germany),
+        french(QLocale::French, QLocale::France);
+    const Case cases[] = {
+        {english, 12345.6, 45, 0, u"12,346 km 45\u00b0 "},
+        {english, 62, 0, 1, u"62 mi 0\u00b0 "},
+        {english, 0, 0, 2, u"0 km 0\u00b0 "},
+        {english, 1234567, 359, 1, u"1,234,567 mi 359\u00b0 "},
+        {english, -20048, 90, 0, u"-20,048 km 90\u00b0 "},
+        {english, 999.4, 45.5, 0, u"999 km 45.5\u00b0 "},
+        {QLocale::c(), 12345.6, 45, 0, u"12,346 km 45\u00b0 "},  // grouped although C leaves it out
+        {german, 12345.6, 45, 0, u"12.346 km 45\u00b0 "},
+        {german, 1234567, 359.25, 1, u"1.234.567 mi 359,25\u00b0 "},
+        {german, -20048, 90, 0, u"-20.048 km 90\u00b0 "},
+        {french, 12345.6, 45, 0, u"12\u202f346 km 45\u00b0 "},
+        {french, 1234567, 7.5, 1, u"1\u202f234\u202f567 mi 7,5\u00b0 "},
+    };
+    const QLocale saved;
+    for (const Case& c : cases) {
+        QLocale::setDefault(c.locale);
+        EXPECT_EQ(FormatDxAz(c.distance, c.azimuth, c.unit), QString::fromUtf16(c.line))
+            << c.locale.name().toStdString() << ' ' << c.distance << ' ' << c.azimuth;
+    }
+    QLocale::setDefault(saved);
 }
 
 TEST(CallFlowTest, NicknameByPrefix) {

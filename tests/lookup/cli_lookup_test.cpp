@@ -53,9 +53,20 @@ TEST(CliParse, PrintsEveryFieldInReadingOrderAsJson) {
 
 TEST(CliParse, RejectsBadArguments) {
     const QString file = fixture("qrz/found.html");
-    for (const QStringList& args : {QStringList{"--call", "DL1ABC", file}, {"--service", "two", "--call", "DL1ABC", file},
-                                    {"--service", "2", file}})
-        EXPECT_EQ(run(QStringList{"parse"} + args).exitCode, 2) << args.join(' ').toStdString();
+    struct Case { QStringList args; const char* message; };
+    for (const Case& c : {Case{{"--call", "DL1ABC", file}, "parse needs --service N"},
+                          Case{{"--service", "two", "--call", "DL1ABC", file}, "--service takes 1 to 5"},
+                          Case{{"--service", "0", "--call", "DL1ABC", file}, "--service takes 1 to 5"},
+                          Case{{"--service", "6", "--call", "DL1ABC", file}, "--service takes 1 to 5"},
+                          Case{{"--service", "65538", "--call", "DL1ABC", file}, "--service takes 1 to 5"},
+                          Case{{"--service", "2", file}, "parse needs --call CALL"},
+                          Case{{"--service", "2", "--call", "DL1ABC"}, "parse needs one file"},
+                          Case{{"--service", "2", "--call", "DL1ABC", file, "--miles"}, "parse does not take --miles"}}) {
+        const CliRun r = run(QStringList{"parse"} + c.args);
+        EXPECT_EQ(r.exitCode, 2) << c.message;
+        EXPECT_EQ(r.err, QByteArray("pxcallsigns: ") + c.message + "\nTry 'pxcallsigns --help'.\n");
+        EXPECT_EQ(r.out, "") << c.message;
+    }
     const CliRun missing = run({"parse", "--service", "2", "--call", "DL1ABC", fixture("qrz/none.html")});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_TRUE(missing.err.startsWith("pxcallsigns: cannot read ")) << missing.err.constData();

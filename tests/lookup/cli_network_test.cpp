@@ -62,7 +62,27 @@ TEST_F(CliLookupTest, NotFoundLoginAndUnreachable) {
     EXPECT_EQ(r.status, 3);
     EXPECT_EQ(r.err, "pxcallsigns: Callook could not be reached\n");
     EXPECT_EQ(testutil::readFile(data.path() + "/Norvane-DB.db"), QByteArray()) << "nothing kept from a failure";
-    EXPECT_EQ(lookup({"nocall", "--data", data.path()}).status, 2);
+}
+
+// Refused before anything is looked up or written.
+TEST_F(CliLookupTest, BadArguments) {
+    const QString missing = data.path() + "/none";
+    struct Case { QStringList args; QString message; };
+    for (const Case& c : {Case{{"nocall", "--data", data.path()}, "no usable call sign: nocall"},
+                          Case{{"DL1ABCDE/P", "--data", data.path()}, "no usable call sign: DL1ABCDE/P"},
+                          Case{{"DL1ABC", "--data", data.path(), "--service", "6"}, "--service takes 1 to 5"},
+                          Case{{"DL1ABC", "--data", missing}, "no such folder: " + missing},
+                          Case{{"DL1ABC", "--data", data.path(), "--miles"}, "lookup does not take --miles"}}) {
+        const Result r = lookup(c.args);
+        EXPECT_EQ(r.status, 2) << c.message.toStdString();
+        EXPECT_EQ(r.err, "pxcallsigns: " + c.message + "\nTry 'pxcallsigns --help'.\n");
+    }
+    settings::SaveSetting(settings::kServiceIndex, "7");  // no such service: said so, not a crash
+    const Result r = lookup({"DL1ABC", "--data", data.path()});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(r.err, "pxcallsigns: the settings choose no service (DataBase/Index 7); give --service\n"
+                     "Try 'pxcallsigns --help'.\n");
+    EXPECT_FALSE(QFile::exists(data.path() + "/Norvane-DB.db"));
 }
 
 }  // namespace
