@@ -17,6 +17,7 @@
 #include "db/form26.h"
 #include "setup/form2.h"
 #include "ui/beep.h"
+#include "ui/helpwindow.h"
 #include "ui/popupmenu.h"
 #include "ui/unimsgbox.h"
 #include "ui/windowhelpers.h"
@@ -32,7 +33,9 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFile>
+#include <QGridLayout>
 #include <QGuiApplication>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -41,6 +44,7 @@
 #include <QScreen>
 #include <QSystemTrayIcon>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <cmath>
 
 namespace {
@@ -101,6 +105,18 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     tmrMenus->setObjectName(QStringLiteral("tmrMenus"));
     tmrMenus->setInterval(200);
     connect(tmrMenus, &QTimer::timeout, this, &Form1::tmrMenus_Timer);
+    tmrTray = new QTimer(this);
+    tmrTray->setObjectName(QStringLiteral("tmrTray"));
+    tmrTray->setInterval(2000);
+    connect(tmrTray, &QTimer::timeout, this, &Form1::UpdateTray);
+    trayAvailable = &QSystemTrayIcon::isSystemTrayAvailable;
+    openWithDesktop = &QDesktopServices::openUrl;
+    // A drag moves the window many times a second: its place is saved once it rests.
+    tmrPosition = new QTimer(this);
+    tmrPosition->setObjectName(QStringLiteral("tmrPosition"));
+    tmrPosition->setSingleShot(true);
+    tmrPosition->setInterval(500);
+    connect(tmrPosition, &QTimer::timeout, this, &Form1::savePosition);
     pic1 = new QWidget(this);
     pic1->setObjectName(QStringLiteral("pic1"));
     pic1->lower();
@@ -219,44 +235,150 @@ bool Form1::Form_Load() {
     g_.ServiceName = cboDB->currentText();
     g_.ServiceNo = static_cast<int16_t>(cboDB->currentIndex() + 1);
     // 15. Pop-up menu captions.
-    SetupMenuCaptions = {g_.Texts.MenuSetup, g_.Texts.MenuDatabaseEditor, g_.Texts.MenuHelp};
+    SetupMenuCaptions = {g_.Texts.MenuSetup, g_.Texts.MenuDatabaseEditor, g_.Texts.MenuHelp, g_.Texts.MenuQuit};
     MapsMenuCaptions = {g_.Texts.MenuMapOfStation, g_.Texts.MenuWebMapAddress, g_.Texts.MenuWebMapPosition,
                         g_.Texts.MenuStationView, g_.Texts.MenuRegionMaps};
+    // The strip as wide and high as the language's texts need.
+    fitStripToTexts();
     // 16. Hidden until loading has ended.
     hide();
+    // Where the user left it, on a screen that is still there.
+    placeOnLoad();
     // 17. At the corner of the window that carries the version mark.
     if (const platform::WindowId marked = platform::FindWindowByTitlePart(QLatin1String(kVersionMark))) {
         const auto rect = platform::WindowRect(marked);
-        if (rect && rect->left() != 0 && rect->top() != 0) move(rect->topLeft());
+        if (rect && rect->left() != 0 && rect->top() != 0) PlaceWindow(this, rect->topLeft());
     }
+    // Wherever it opens (the window manager places it when nothing else does), it opens wholly
+    // on a screen.
+    ScreenKeeper::of(this);
     createTrayIcon();
+    tmrTray->start();
     return true;
 }
 
 void Form1::layOutControls() {
-    const int w = width();
-    lblCall->setGeometry(10, 6, w - 90, 22);
-    // The first lines leave room for the station picture in the top right corner.
-    lblName->setGeometry(10, 30, w - 85, 18);
-    lblAdd1->setGeometry(10, 48, w - 85, 18);
-    lblAdd2->setGeometry(10, 66, w - 20, 18);
-    lblCtry->setGeometry(10, 84, w - 20, 18);
-    lblDxAz->setGeometry(10, 102, w - 20, 18);
-    lblStatus->setGeometry(10, 122, w - 20, 18);
-    pic1->setGeometry(rect());
-    const int row = height() - 32;
-    txtCall->setGeometry(10, row, 80, 24);
+    if (lines_) return;  // laid out once
+    auto* root = new QVBoxLayout(this);
+    root->setContentsMargins(10, 6, 10, 8);
+    root->setSpacing(2);
+    // The station's lines. Their texts never widen the window (fitStripToTexts sizes it for the
+    // language's texts once); the first three end before the picture's corner while a picture is
+    // shown (column 1).
+    lines_ = new QGridLayout;
+    lines_->setHorizontalSpacing(0);
+    lines_->setVerticalSpacing(1);
+    const std::array<QLabel*, 7> rows{lblCall, lblName, lblAdd1, lblAdd2, lblCtry, lblDxAz, lblStatus};
+    for (int i = 0; i < static_cast<int>(rows.size()); ++i) {
+        rows[i]->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+        rows[i]->setFixedHeight(rows[i]->fontMetrics().height() + (i == 0 ? 4 : 1));
+        lines_->addWidget(rows[i], i, 0, 1, i < 3 ? 1 : 2);
+    }
+    // Status texts may take two lines.
+    lblStatus->setWordWrap(true);
+    lblStatus->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    lblStatus->setFixedHeight(2 * lblStatus->fontMetrics().lineSpacing() + 2);
+    lines_->setColumnStretch(0, 1);
+    root->addLayout(lines_);
+    root->addStretch(1);
+    auto* bottom = new QHBoxLayout;
+    bottom->setSpacing(4);
     txtCall->setPlaceholderText(QStringLiteral("Call"));
-    cmdUpdate->setGeometry(95, row, 105, 24);
-    cboDB->setGeometry(205, row, 85, 24);
-    lblMaps->setGeometry(296, row + 4, 24, 18);
-    lblSetup->setGeometry(322, row + 4, 24, 18);
+    txtCall->setFixedWidth(std::max(80, txtCall->fontMetrics().horizontalAdvance(QStringLiteral("WW0WWW")) + 14));
+    cboDB->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    bottom->addWidget(txtCall);
+    bottom->addWidget(cmdUpdate, 1);
+    bottom->addWidget(cboDB);
+    bottom->addWidget(lblMaps);
+    bottom->addWidget(lblSetup);
+    root->addLayout(bottom);
     lblMaps->setText(QStringLiteral("\u25A6"));   // a map grid sign
     lblSetup->setText(QStringLiteral("\u2699"));  // a gear
+    for (QLabel* menuLabel : {lblMaps, lblSetup}) {
+        menuLabel->setAlignment(Qt::AlignCenter);
+        menuLabel->setFixedSize(18, 18);
+    }
     lblMaps->setToolTip(QStringLiteral("Maps"));
     // Every item of the maps menu opens a window still to come: no menu until one exists.
     lblMaps->hide();
     lblSetup->setToolTip(QStringLiteral("Setup"));
+    pic1->setGeometry(rect());
+}
+
+void Form1::fitStripToTexts() {
+    layOutControls();
+    const LanguageTexts& t = g_.Texts;
+    // The update button as wide as its widest caption, whichever service is chosen.
+    const QString caption = cmdUpdate->text();
+    int button = 0;
+    for (const char* service : kServices) {
+        cmdUpdate->setText(QString(t.UpdateButton).replace(QStringLiteral("***"), u' ' + QLatin1String(service)));
+        button = std::max(button, cmdUpdate->sizeHint().width());
+    }
+    cmdUpdate->setText(caption);
+    cmdUpdate->setMinimumWidth(button);
+    // The language's texts in the lines: one line each, the status two lines at most.
+    const QString call = QStringLiteral("WW0WWW");
+    int lines = 0;
+    for (const char* service : kServices) {
+        const QString name = QLatin1String(service);
+        for (const QString& text : {t.Ready, QString(t.LookingUp).replace(QStringLiteral("???"), call), t.LoginRequired,
+                                    QString(t.Contacting).replace(QStringLiteral("***"), name) + QStringLiteral(". . ."),
+                                    t.NotFound + u' ' + call, call + QStringLiteral("  (") + t.SourceDatabase + u')',
+                                    call + QStringLiteral("  (") + t.SourceWeb + name + u')'})
+            lines = std::max(lines, lblCall->fontMetrics().horizontalAdvance(text));
+        const QString searching = QString(t.Searching).replace(QStringLiteral("***"), name) + QStringLiteral(". . .");
+        lines = std::max(lines, lblName->fontMetrics().horizontalAdvance(searching));
+    }
+    const QFontMetrics status = lblStatus->fontMetrics();
+    const int statusHeight = lblStatus->contentsRect().height();
+    for (QString text : {t.LoggedIn, t.NotLoggedIn, t.LoginNotNeededQrzcq, t.LoginNotNeededCallook, t.LookupOk,
+                         t.LookupFailed, t.LookupFailedQrzcq, t.CallookStatus, t.StatusNoCall, t.StatusNotACall,
+                         t.StatusUnreachable, t.StatusHttpError, t.StatusTimedOut, t.StatusTooLarge}) {
+        text.replace(QStringLiteral("***"), QStringLiteral("CALLOOK")).replace(QStringLiteral("???"), call);
+        int width = std::max(lines, 100);
+        while (width < 2000 &&
+               status.boundingRect(QRect(0, 0, width, 1 << 16), Qt::TextWordWrap, text).height() > statusHeight)
+            width += 10;
+        lines = std::max(lines, width);
+    }
+    const QMargins margins = layout()->contentsMargins();
+    layout()->activate();
+    const int width = std::max({5250 / g_.TwipsPerPixelX, minimumSizeHint().width(), lines + margins.left() + margins.right()});
+    const int height = std::max(2700 / g_.TwipsPerPixelY, minimumSizeHint().height());
+    setMinimumSize(width, height);
+    resize(width, height);
+}
+
+void Form1::setPictureRoom(bool room) {
+    // A picture of at most 57 pixels, 20 from the right edge at most, and 4 pixels between.
+    if (lines_) lines_->setColumnMinimumWidth(1, room ? 57 + 20 + 4 - layout()->contentsMargins().right() : 0);
+}
+
+void Form1::placeOnLoad() {
+    const auto left = vb::parseNumber(settings::GetSetting(settings::kForm1Left, QString()));
+    const auto top = vb::parseNumber(settings::GetSetting(settings::kForm1Top, QString()));
+    if (!left || !top) return;
+    const auto x = vb::toInt32(*left), y = vb::toInt32(*top);
+    if (x && y) PlaceWindow(this, QPoint(*x, *y));
+}
+
+void Form1::moveEvent(QMoveEvent* event) {
+    QWidget::moveEvent(event);
+    if (isVisible() && !isMinimized()) tmrPosition->start();
+}
+
+void Form1::savePosition() {
+    tmrPosition->stop();
+    const QPoint at = pos();
+    const QString left = QString::number(at.x()), top = QString::number(at.y());
+    if (settings::GetSetting(settings::kForm1Left, QString()) != left) settings::SaveSetting(settings::kForm1Left, left);
+    if (settings::GetSetting(settings::kForm1Top, QString()) != top) settings::SaveSetting(settings::kForm1Top, top);
+}
+
+void Form1::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    pic1->setGeometry(rect());
 }
 
 QString Form1::updateCaption() const {
@@ -473,13 +595,12 @@ void Form1::showPicture(const QString& file, int margin) {
 void Form1::enlargePicture() {
     const QPixmap picture(PictureCachePath(g_.DataPath, g_.CurrentCall));
     if (picture.isNull()) return;
-    auto* form13 = new Form13(picture, this);
-    form13->move(QCursor::pos() - QPoint(picture.width() / 2, picture.height() / 2));
-    form13->show();
-    QCursor::setPos(form13->geometry().center());
+    (new Form13(picture, this))->ShowCentredOn(QCursor::pos());
 }
 
 bool Form1::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == Image1 && (event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent))
+        setPictureRoom(event->type() == QEvent::ShowToParent);
     if (event->type() != QEvent::MouseButtonPress) return QWidget::eventFilter(watched, event);
     const auto* mouse = static_cast<QMouseEvent*>(event);
     if (watched == Image1 && mouse->button() == Qt::LeftButton) {
@@ -487,8 +608,9 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     if (watched == lblSetup) {
-        showMenu(lblSetup, {{0, SetupMenuCaptions[0]}, {1, SetupMenuCaptions[1]}, {2, SetupMenuCaptions[2]}},
-                 &Form1::MnuSetupClick);
+        QList<MenuItem> items;
+        for (int i = 0; i < static_cast<int>(SetupMenuCaptions.size()); ++i) items.append({i, SetupMenuCaptions[i]});
+        showMenu(lblSetup, items, &Form1::MnuSetupClick);
         return true;
     }
     return QWidget::eventFilter(watched, event);
@@ -514,6 +636,7 @@ void Form1::MnuSetupClick(int item) {
         if (CountLoadedWindows(QStringLiteral("Form2")) >= 1) return;
         auto* form2 = new Form2(g_, this);
         connect(form2, &Form2::closed, this, &Form1::RefreshDistance);
+        PlaceWindowBeside(form2, this);
         form2->show();
     }
     if (item == 1) {
@@ -528,9 +651,24 @@ void Form1::MnuSetupClick(int item) {
                 ShowUniMsgBox(this, error, 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
         });
         form26->Form_Load();
+        PlaceWindowBeside(form26, this);
         form26->show();
     }
-    if (item == 2) QDesktopServices::openUrl(QUrl::fromLocalFile(helpFile));
+    if (item == 2) ShowHelp();
+    if (item == 3) Unload();
+}
+
+void Form1::ShowHelp() {
+    if (QFileInfo(helpFile).isFile() && openWithDesktop && openWithDesktop(QUrl::fromLocalFile(helpFile))) return;
+    // No viewer on this desktop (or no file, which the window then says): the program shows it.
+    auto* help = findChild<HelpWindow*>(QString(), Qt::FindDirectChildrenOnly);
+    if (!help) {
+        help = new HelpWindow(helpFile, g_.Texts.MenuHelp, this);
+        PlaceWindowBeside(help, this);
+    }
+    help->show();
+    help->raise();
+    help->activateWindow();
 }
 
 void Form1::RefreshDistance() {
@@ -542,7 +680,7 @@ void Form1::RefreshDistance() {
 }
 
 void Form1::createTrayIcon() {
-    if (tray_ || !QSystemTrayIcon::isSystemTrayAvailable()) return;
+    if (tray_ || !trayAvailable || !trayAvailable()) return;
     tray_ = new QSystemTrayIcon(trayIconImage(), this);
     tray_->setToolTip(windowTitle());
     auto* menu = new QMenu(this);
@@ -562,20 +700,37 @@ void Form1::createTrayIcon() {
     tray_->show();
 }
 
+void Form1::UpdateTray() {
+    const bool available = trayAvailable && trayAvailable();
+    if (available && !tray_) {
+        createTrayIcon();
+    } else if (!available && tray_) {
+        // The tray has gone, and the icon with it: a window hidden in it would be lost.
+        tray_->hide();
+        delete tray_->contextMenu();
+        delete tray_;
+        tray_ = nullptr;
+        if (isHidden() && !unloading_) showMinimized();
+    }
+}
+
 void Form1::closeEvent(QCloseEvent* event) {
     if (unloading_) {
         event->accept();
         return;
     }
-    // Closing from the title bar only hides the window. Without a tray icon to bring it back,
-    // it goes to the task bar instead.
+    // Closing from the title bar only hides the window, to the tray icon that brings it back.
+    // Where no tray icon is shown (no tray, or the tray has gone) it is minimised instead.
     event->ignore();
-    if (tray_) hide();
+    UpdateTray();
+    if (tray_ && tray_->isVisible()) hide();
     else showMinimized();
 }
 
 void Form1::Unload() {
     unloading_ = true;
+    if (tmrPosition->isActive()) savePosition();
+    tmrTray->stop();
     for (QWidget* w : QApplication::topLevelWidgets()) {
         if (w == this || !w->isWindow()) continue;
         w->hide();
