@@ -16,6 +16,9 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFileInfo>
+#include <QFrame>
+#include <QGridLayout>
+#include <QHBoxLayout>
 #include <QImage>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
@@ -26,6 +29,7 @@
 #include <QPushButton>
 #include <QSaveFile>
 #include <QScrollBar>
+#include <QVBoxLayout>
 #include <algorithm>
 #include <optional>
 
@@ -65,6 +69,17 @@ int FindString(const QStringList& list, const QString& text) {
     for (qsizetype i = 0; i < list.size(); ++i)
         if (list.at(i).startsWith(text, Qt::CaseInsensitive)) return static_cast<int>(i);
     return -1;
+}
+
+QString ReplaceCall(const QString& text, const QString& call) {
+    if (!call.isEmpty()) return QString(text).replace(QStringLiteral("???"), call);
+    QString out = text;
+    for (qsizetype at = out.indexOf(QStringLiteral("???")); at >= 0; at = out.indexOf(QStringLiteral("???"), at)) {
+        if (at > 0 && out.at(at - 1) == u' ') out.remove(at - 1, 4), --at;
+        else if (at + 3 < out.size() && out.at(at + 3) == u' ') out.remove(at, 4);
+        else out.remove(at, 3);
+    }
+    return out;
 }
 
 QRect FitPicture(QSize natural) {
@@ -143,6 +158,7 @@ Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
     : QWidget(parent, Qt::Window), g_(values), nicknames_(nicknames) {
     setObjectName(QStringLiteral("Form26"));
     setWindowTitle(QStringLiteral("PX Callsigns"));
+    ScreenKeeper::of(this);  // opens wholly on a screen, wherever it is put
 
     calls = new CallListModel(fontMetrics().height() + 2, this);
     lstCall = new QListView(this);
@@ -226,27 +242,100 @@ Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
 }
 
 void Form26::layOutControls() {
-    lblInfo->setGeometry(8, 2, 880, 21);
+    if (layout()) return;  // laid out once
+    // The window is as large as its contents need, in every language. The list, the info line
+    // and the margins are sized so that the picture box lies exactly on kPictureArea.
+    auto* root = new QGridLayout(this);
+    root->setSizeConstraint(QLayout::SetFixedSize);
+    constexpr int margin = 8, spacing = 8, infoGap = 4, top = 2;
+    root->setContentsMargins(margin, top, margin, margin);
+    root->setHorizontalSpacing(spacing);
+    root->setVerticalSpacing(infoGap);
+    lblInfo->setWordWrap(false);
+    lblInfo->setFixedHeight(kPictureArea.top() - top - infoGap);
+    root->addWidget(lblInfo, 0, 0, 1, 3);
+
     const int frame = 2 * lstCall->frameWidth();
-    lstCall->setGeometry(8, 25, 120, kVisibleRows * calls->rowHeight() + frame);
-    // The picture area lies between the list and the record form; see kPictureArea.
+    lstCall->setFixedSize(kPictureArea.left() - margin - spacing, kVisibleRows * calls->rowHeight() + frame);
+    root->addWidget(lstCall, 1, 0, Qt::AlignTop);
+
+    auto* pictureColumn = new QVBoxLayout;
+    pictureColumn->setSpacing(4);
+    picArea = new QFrame(this);
+    picArea->setObjectName(QStringLiteral("picArea"));
+    picArea->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    picArea->setFixedSize(kPictureArea.size());
+    pictureColumn->addWidget(picArea);
+    // Notices under the picture: up to three lines.
+    Label4->setWordWrap(true);
+    Label4->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    Label4->setFixedSize(kPictureArea.width(), 3 * fontMetrics().lineSpacing() + 4);
+    QSizePolicy keepsItsRoom = Label4->sizePolicy();
+    keepsItsRoom.setRetainSizeWhenHidden(true);  // shown and hidden, the window keeps its size
+    Label4->setSizePolicy(keepsItsRoom);
+    pictureColumn->addWidget(Label4);
+    pictureColumn->addStretch(1);
+    root->addLayout(pictureColumn, 1, 1);
+    Image1->raise();  // above its box
+
+    auto* fields = new QGridLayout;
+    fields->setContentsMargins(4, 0, 0, 0);
+    fields->setHorizontalSpacing(6);
+    fields->setVerticalSpacing(2);
     const std::array<QLabel*, 10> captions{lblCall, lblName, lblNickName, lblAdd1, lblAdd2,
                                            lblCtry, lblLat,  lblLon,      lblClass, lblYearBorn};
     const std::array<QLineEdit*, 10> boxes{txtCall, txtName, txtNickName, txtAdd1, txtAdd2,
                                            txtCtry, txtLat,  txtLon,      txtClass, txtYearBorn};
     for (int i = 0; i < 10; ++i) {
-        captions[i]->setGeometry(588, 25 + 26 * i, 96, 24);
-        boxes[i]->setGeometry(684, 25 + 26 * i, 204, 24);
+        boxes[i]->setMinimumWidth(204);
+        fields->addWidget(captions[i], i, 0);
+        fields->addWidget(boxes[i], i, 1);
     }
-    Label4->setGeometry(kPictureArea.left(), kPictureArea.bottom() + 4, kPictureArea.width(), 2 * fontMetrics().lineSpacing() + 4);
-    const int row = std::max(lstCall->geometry().bottom(), Label4->geometry().bottom()) + 10;
-    cmdLookup->setGeometry(8, row, 228, 28);
-    cboDB->setGeometry(242, row, 100, 28);
-    cmdAddNewSite->setGeometry(352, row, 228, 28);
-    cmdDeleteSite->setGeometry(588, row, 190, 28);
-    cmdClose->setGeometry(788, row, 100, 28);
-    lblEntries->setGeometry(8, row + 36, 560, 21);
-    setFixedSize(896, row + 36 + 21 + 8);
+    fields->setRowStretch(10, 1);
+    root->addLayout(fields, 1, 2);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(6);
+    buttons->addWidget(cmdLookup);
+    buttons->addWidget(cboDB);
+    buttons->addSpacing(6);
+    buttons->addWidget(cmdAddNewSite);
+    buttons->addWidget(cmdDeleteSite);
+    buttons->addStretch(1);
+    buttons->addWidget(cmdClose);
+    root->addLayout(buttons, 2, 0, 1, 3);
+    root->addWidget(lblEntries, 3, 0, 1, 3);
+    root->setRowMinimumHeight(2, 28);
+}
+
+void Form26::fitButtonsToCaptions() {
+    // Each button as wide as its widest caption: the word "callsign" at the start, or a call of
+    // six characters, on whichever service.
+    const LanguageTexts& t = g_.Texts;
+    const QString serviceName = g_.ServiceName;
+    for (QPushButton* button : {cmdLookup, cmdAddNewSite, cmdDeleteSite}) {
+        const QString caption = button->text();
+        int widest = 0;
+        for (const QString& call : {QStringLiteral("callsign"), QStringLiteral("WW0WWW"), QString()}) {
+            QStringList texts;
+            if (button == cmdAddNewSite) texts << withCall(t.EditorAdd, call);
+            if (button == cmdDeleteSite) texts << withCall(t.EditorDelete, call);
+            if (button == cmdLookup)
+                for (const char* service : kServiceDomains) {
+                    g_.ServiceName = QLatin1String(service);
+                    texts << lookupCaption(call);
+                }
+            for (const QString& text : texts) {
+                button->setText(text);
+                widest = std::max(widest, button->sizeHint().width());
+            }
+        }
+        g_.ServiceName = serviceName;
+        button->setText(caption);
+        button->setMinimumWidth(widest);
+    }
+    cmdClose->setMinimumWidth(std::max(100, cmdClose->sizeHint().width()));
+    cboDB->setMinimumWidth(std::max(100, cboDB->sizeHint().width()));
 }
 
 // 1.
@@ -288,6 +377,7 @@ void Form26::Form_Load() {
     // until the user picks a service.
     const int index = g_.ServiceNo;
     if (index >= 0 && index < cboDB->count()) cboDB->setCurrentIndex(index);
+    fitButtonsToCaptions();
 }
 
 // 2.
@@ -351,6 +441,9 @@ void Form26::storeForm() {
         if (index >= kVisibleRows) setTopIndex(index - (kVisibleRows - 1));
         lstCall->setUpdatesEnabled(true);
         showCount();
+        // Selecting the new call is a click on its row, as in a list box: the form shows the
+        // record as stored, and the buttons (delete among them) name the call.
+        if (index >= 0) lstCall_Click();
     } else {
         written = db.UpdateRecord(number);
     }
@@ -520,10 +613,7 @@ void Form26::Image1_MouseDown(Qt::MouseButton button) {
     if (button != Qt::LeftButton || pictureCall_.isEmpty()) return;
     const QPixmap full(PictureCachePath(g_.DataPath, pictureCall_));
     if (full.isNull()) return;
-    auto* form13 = new Form13(full, this);
-    form13->move(QCursor::pos() - QPoint(full.width() / 2, full.height() / 2));
-    form13->show();
-    QCursor::setPos(form13->geometry().center());
+    (new Form13(full, this))->ShowCentredOn(QCursor::pos());
 }
 
 // 17.
@@ -645,9 +735,7 @@ QPixmap Form26::picture() const { return Image1->pixmap(); }
 
 bool Form26::serviceChosen() const { return cboDB->currentIndex() >= 0; }
 
-QString Form26::withCall(const QString& text, const QString& call) const {
-    return QString(text).replace(QStringLiteral("???"), call);
-}
+QString Form26::withCall(const QString& text, const QString& call) const { return ReplaceCall(text, call); }
 
 QString Form26::lookupCaption(const QString& call) const {
     return withCall(g_.Texts.EditorLookup, call).replace(QStringLiteral("***"), g_.ServiceName);
