@@ -224,7 +224,10 @@ bool Form1::Form_Load() {
     // 17. At the corner of the window that carries the version mark.
     if (const platform::WindowId marked = platform::FindWindowByTitlePart(QLatin1String(kVersionMark))) {
         const auto rect = platform::WindowRect(marked);
-        if (rect && rect->left() != 0 && rect->top() != 0) PlaceWindow(this, rect->topLeft());
+        if (rect && rect->left() != 0 && rect->top() != 0) {
+            PlaceWindow(this, rect->topLeft());
+            markPlace_ = pos();
+        }
     }
     // Wherever it opens (the window manager places it when nothing else does), it opens wholly
     // on a screen.

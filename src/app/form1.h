@@ -9,6 +9,7 @@
 #include <QWidget>
 #include <array>
 #include <functional>
+#include <optional>
 
 class PopupMenu;
 class QComboBox;
@@ -135,4 +136,5 @@ private:
     void fitStripToTexts();
     void setPictureRoom(bool room);
     QGridLayout* lines_ = nullptr;
+    std::optional<QPoint> markPlace_;  // where the version-mark window put the window: not the user's place
 };

@@ -383,6 +383,11 @@ private slots:
         QTest::qWait(100);
         QVERIFY(load());
         QCOMPARE(form->frameGeometry().topLeft(), marked.frameGeometry().topLeft());
+        // Where the version mark puts it is not remembered as the user's place.
+        form->show();
+        QVERIFY(QTest::qWaitForWindowExposed(form.get()));
+        QTRY_VERIFY(!form->tmrPosition->isActive());
+        QCOMPARE(settings::GetSetting(settings::kForm1Left, "unset"), QString("unset"));
         marked.hide();
         form->move(100, 100);
         form->show();
