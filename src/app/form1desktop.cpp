@@ -193,7 +193,7 @@ void Form1::createTrayIcon() {
         raise();
         activateWindow();
     });
-    menu->addAction(QStringLiteral("Quit"), this, &Form1::Unload);
+    menu->addAction(g_.Texts.MenuQuit.isEmpty() ? QStringLiteral("Quit") : g_.Texts.MenuQuit, this, &Form1::Unload);
     tray_->setContextMenu(menu);
     connect(tray_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
         if (reason == QSystemTrayIcon::Trigger) {
