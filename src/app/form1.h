@@ -13,11 +13,11 @@
 
 class PopupMenu;
 class QComboBox;
+class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSystemTrayIcon;
-class QGridLayout;
 class QTimer;
 class QUrl;
 class ucLookUp;
