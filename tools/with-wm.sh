@@ -14,3 +14,6 @@ export DISPLAY=":$(head -n 1 "$dir/display")"
 openbox --sm-disable >"$dir/wm.log" 2>&1 &
 wm=$!
 PX_EXPECT_WM=1 "$@"
+rc=$?
+if [ $rc -ne 0 ]; then echo "with-wm: display $DISPLAY; window manager's output:" >&2; cat "$dir/wm.log" >&2; fi
+exit $rc

@@ -1,6 +1,7 @@
 // Where windows go on the screens: the clamping rule, the choice of screen, the place beside
 // another window, and the top-most switch that must leave a window where it is.
 #include "ui/windowhelpers.h"
+#include "wmcheck.h"
 
 #include <QApplication>
 #include <QTest>
@@ -81,6 +82,7 @@ private slots:
     // window manager to place (placing it at its inner 0, 0 put its title bar above the screen);
     // a placed one keeps its frame's place and its size.
     void topMostLeavesTheWindowWhereItIs() {
+        if (qEnvironmentVariableIsSet("PX_EXPECT_WM")) REQUIRE_WINDOW_MANAGER();  // under tools/with-wm.sh: framed
         QWidget unplaced;
         unplaced.resize(200, 100);
         SetTopMost(&unplaced, true);
