@@ -37,8 +37,6 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
-#include <QPainter>
 #include <QPushButton>
 #include <QScreen>
 #include <QSystemTrayIcon>
@@ -53,23 +51,6 @@ QLabel* makeLabel(QWidget* parent, const char* name) {
     // Texts come from web pages and files: never let them be read as markup.
     label->setTextFormat(Qt::PlainText);
     return label;
-}
-
-QIcon trayIconImage() {
-    QPixmap pixmap(32, 32);
-    pixmap.fill(Qt::transparent);
-    QPainter p(&pixmap);
-    p.setRenderHint(QPainter::Antialiasing);
-    p.setBrush(QColor(0x1f, 0x4e, 0x79));
-    p.setPen(Qt::NoPen);
-    p.drawRoundedRect(0, 0, 32, 32, 6, 6);
-    p.setPen(Qt::white);
-    QFont f = p.font();
-    f.setBold(true);
-    f.setPixelSize(14);
-    p.setFont(f);
-    p.drawText(pixmap.rect(), Qt::AlignCenter, QStringLiteral("PX"));
-    return QIcon(pixmap);
 }
 
 }  // namespace
@@ -103,6 +84,18 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     tmrMenus->setObjectName(QStringLiteral("tmrMenus"));
     tmrMenus->setInterval(200);
     connect(tmrMenus, &QTimer::timeout, this, &Form1::tmrMenus_Timer);
+    tmrTray = new QTimer(this);
+    tmrTray->setObjectName(QStringLiteral("tmrTray"));
+    tmrTray->setInterval(2000);
+    connect(tmrTray, &QTimer::timeout, this, &Form1::UpdateTray);
+    trayAvailable = &QSystemTrayIcon::isSystemTrayAvailable;
+    openWithDesktop = &QDesktopServices::openUrl;
+    // A drag moves the window many times a second: its place is saved once it rests.
+    tmrPosition = new QTimer(this);
+    tmrPosition->setObjectName(QStringLiteral("tmrPosition"));
+    tmrPosition->setSingleShot(true);
+    tmrPosition->setInterval(500);
+    connect(tmrPosition, &QTimer::timeout, this, &Form1::savePosition);
     pic1 = new QWidget(this);
     pic1->setObjectName(QStringLiteral("pic1"));
     pic1->lower();
@@ -218,44 +211,29 @@ bool Form1::Form_Load() {
     g_.ServiceName = cboDB->currentText();
     g_.ServiceNo = static_cast<int16_t>(cboDB->currentIndex() + 1);
     // 15. Pop-up menu captions.
-    SetupMenuCaptions = {g_.Texts.MenuSetup, g_.Texts.MenuDatabaseEditor, g_.Texts.MenuHelp};
+    SetupMenuCaptions = {g_.Texts.MenuSetup, g_.Texts.MenuDatabaseEditor, g_.Texts.MenuHelp, g_.Texts.MenuQuit};
     MapsMenuCaptions = {g_.Texts.MenuMapOfStation, g_.Texts.MenuWebMapAddress, g_.Texts.MenuWebMapPosition,
                         g_.Texts.MenuStationView, g_.Texts.MenuRegionMaps};
+    // The strip as wide and high as the language's texts need.
+    fitStripToTexts();
     // 16. Hidden until loading has ended.
     hide();
+    // Where the user left it, on a screen that is still there.
+    placeOnLoad();
     // 17. At the corner of the window that carries the version mark.
     if (const platform::WindowId marked = platform::FindWindowByTitlePart(QLatin1String(kVersionMark))) {
         const auto rect = platform::WindowRect(marked);
-        if (rect && rect->left() != 0 && rect->top() != 0) move(rect->topLeft());
+        if (rect && rect->left() != 0 && rect->top() != 0) {
+            PlaceWindow(this, rect->topLeft());
+            markPlace_ = pos();
+        }
     }
+    // Wherever it opens (the window manager places it when nothing else does), it opens wholly
+    // on a screen.
+    ScreenKeeper::of(this);
     createTrayIcon();
+    tmrTray->start();
     return true;
-}
-
-void Form1::layOutControls() {
-    const int w = width();
-    lblCall->setGeometry(10, 6, w - 90, 22);
-    // The first lines leave room for the station picture in the top right corner.
-    lblName->setGeometry(10, 30, w - 85, 18);
-    lblAdd1->setGeometry(10, 48, w - 85, 18);
-    lblAdd2->setGeometry(10, 66, w - 20, 18);
-    lblCtry->setGeometry(10, 84, w - 20, 18);
-    lblDxAz->setGeometry(10, 102, w - 20, 18);
-    lblStatus->setGeometry(10, 122, w - 20, 18);
-    pic1->setGeometry(rect());
-    const int row = height() - 32;
-    txtCall->setGeometry(10, row, 80, 24);
-    txtCall->setPlaceholderText(QStringLiteral("Call"));
-    cmdUpdate->setGeometry(95, row, 105, 24);
-    cboDB->setGeometry(205, row, 85, 24);
-    lblMaps->setGeometry(296, row + 4, 24, 18);
-    lblSetup->setGeometry(322, row + 4, 24, 18);
-    lblMaps->setText(QStringLiteral("\u25A6"));   // a map grid sign
-    lblSetup->setText(QStringLiteral("\u2699"));  // a gear
-    lblMaps->setToolTip(QStringLiteral("Maps"));
-    // Every item of the maps menu opens a window still to come: no menu until one exists.
-    lblMaps->hide();
-    lblSetup->setToolTip(QStringLiteral("Setup"));
 }
 
 QString Form1::updateCaption() const {
@@ -519,13 +497,12 @@ void Form1::showPicture(const QString& file, int margin) {
 void Form1::enlargePicture() {
     const QPixmap picture(PictureCachePath(g_.DataPath, g_.CurrentCall));
     if (picture.isNull()) return;
-    auto* form13 = new Form13(picture, this);
-    form13->move(QCursor::pos() - QPoint(picture.width() / 2, picture.height() / 2));
-    form13->show();
-    QCursor::setPos(form13->geometry().center());
+    (new Form13(picture, this))->ShowCentredOn(QCursor::pos());
 }
 
 bool Form1::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == Image1 && (event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent))
+        setPictureRoom(event->type() == QEvent::ShowToParent);
     if (event->type() != QEvent::MouseButtonPress) return QWidget::eventFilter(watched, event);
     const auto* mouse = static_cast<QMouseEvent*>(event);
     if (watched == Image1 && mouse->button() == Qt::LeftButton) {
@@ -533,8 +510,9 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     if (watched == lblSetup) {
-        showMenu(lblSetup, {{0, SetupMenuCaptions[0]}, {1, SetupMenuCaptions[1]}, {2, SetupMenuCaptions[2]}},
-                 &Form1::MnuSetupClick);
+        QList<MenuItem> items;
+        for (int i = 0; i < static_cast<int>(SetupMenuCaptions.size()); ++i) items.append({i, SetupMenuCaptions[i]});
+        showMenu(lblSetup, items, &Form1::MnuSetupClick);
         return true;
     }
     return QWidget::eventFilter(watched, event);
@@ -560,6 +538,7 @@ void Form1::MnuSetupClick(int item) {
         if (CountLoadedWindows(QStringLiteral("Form2")) >= 1) return;
         auto* form2 = new Form2(g_, this);
         connect(form2, &Form2::closed, this, &Form1::RefreshDistance);
+        PlaceWindowBeside(form2, this);
         form2->show();
     }
     if (item == 1) {
@@ -574,9 +553,11 @@ void Form1::MnuSetupClick(int item) {
                 ShowUniMsgBox(this, error, 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
         });
         form26->Form_Load();
+        PlaceWindowBeside(form26, this);
         form26->show();
     }
-    if (item == 2) QDesktopServices::openUrl(QUrl::fromLocalFile(helpFile));
+    if (item == 2) ShowHelp();
+    if (item == 3) Unload();
 }
 
 void Form1::RefreshDistance() {
@@ -587,41 +568,10 @@ void Form1::RefreshDistance() {
     lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
 }
 
-void Form1::createTrayIcon() {
-    if (tray_ || !QSystemTrayIcon::isSystemTrayAvailable()) return;
-    tray_ = new QSystemTrayIcon(trayIconImage(), this);
-    tray_->setToolTip(windowTitle());
-    auto* menu = new QMenu(this);
-    menu->addAction(QStringLiteral("Show"), this, [this] {
-        showNormal();
-        raise();
-        activateWindow();
-    });
-    menu->addAction(QStringLiteral("Quit"), this, &Form1::Unload);
-    tray_->setContextMenu(menu);
-    connect(tray_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger) {
-            showNormal();
-            raise();
-        }
-    });
-    tray_->show();
-}
-
-void Form1::closeEvent(QCloseEvent* event) {
-    if (unloading_) {
-        event->accept();
-        return;
-    }
-    // Closing from the title bar only hides the window. Without a tray icon to bring it back,
-    // it goes to the task bar instead.
-    event->ignore();
-    if (tray_) hide();
-    else showMinimized();
-}
-
 void Form1::Unload() {
     unloading_ = true;
+    if (tmrPosition->isActive()) savePosition();
+    tmrTray->stop();
     for (QWidget* w : QApplication::topLevelWidgets()) {
         if (w == this || !w->isWindow()) continue;
         w->hide();

@@ -9,14 +9,17 @@
 #include <QWidget>
 #include <array>
 #include <functional>
+#include <optional>
 
 class PopupMenu;
 class QComboBox;
+class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSystemTrayIcon;
 class QTimer;
+class QUrl;
 class ucLookUp;
 
 class Form1 : public QWidget {
@@ -48,7 +51,12 @@ public:
     void cboDB_Click(int index);
 
     // Pop-up menus of the maps and setup labels; tmrMenus closes them once the mouse has left.
+    // Setup items: 0 own station, 1 call-sign file editor, 2 help, 3 quit.
     void MnuSetupClick(int item);
+    // The help text: with the desktop's viewer, else in a window of the program.
+    void ShowHelp();
+    // How a file is handed to the desktop's viewer (false: it could not be); tests replace it.
+    std::function<bool(const QUrl&)> openWithDesktop;
     // The distance line of the station on show, after the own position or unit changed.
     void RefreshDistance();
     PopupMenu* openMenu() const { return menu_; }
@@ -58,8 +66,8 @@ public:
     // Hidden lists filled at start-up.
     QStringList lstMap;
     QStringList lstNicknames;
-    // Captions of the pop-up menus: setup (three entries) and maps (five entries).
-    std::array<QString, 3> SetupMenuCaptions;
+    // Captions of the pop-up menus: setup (four entries) and maps (five entries).
+    std::array<QString, 4> SetupMenuCaptions;
     std::array<QString, 5> MapsMenuCaptions;
 
     QLabel* lblCall;
@@ -79,9 +87,20 @@ public:
     QTimer* tmrMenus;
     ucLookUp* lookUp;
 
+    // The tray icon, shown while the desktop has a system tray (nullptr while it has none). The
+    // desktop's tray may come and go: tmrTray asks trayAvailable (tests replace it) now and then.
+    QSystemTrayIcon* trayIcon() const { return tray_; }
+    std::function<bool()> trayAvailable;
+    void UpdateTray();
+    QTimer* tmrTray;
+    // Saves where the window is once it has stopped moving for a moment.
+    QTimer* tmrPosition;
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
@@ -124,4 +143,12 @@ private:
     QSystemTrayIcon* tray_ = nullptr;
     PopupMenu* menu_ = nullptr;
     BusyPointer busy_;
+
+    // Window placement and the strip's layout.
+    void placeOnLoad();
+    void savePosition();
+    void fitStripToTexts();
+    void setPictureRoom(bool room);
+    QGridLayout* lines_ = nullptr;
+    std::optional<QPoint> markPlace_;  // where the version-mark window put the window: not the user's place
 };

@@ -19,6 +19,9 @@ inline constexpr Key kMyLatitude{"My", "latitude"};
 inline constexpr Key kMyLongitude{"My", "longitude"};
 inline constexpr Key kMyCallsign{"My", "callsign"};
 inline constexpr Key kServiceIndex{"DataBase", "Index"};
+// Where the user last put the main window: its frame's top-left corner, in pixels.
+inline constexpr Key kForm1Left{"Form1", "Left"};
+inline constexpr Key kForm1Top{"Form1", "Top"};
 
 QString GetSetting(Key key, const QString& fallback);
 void SaveSetting(Key key, const QString& value);

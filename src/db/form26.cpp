@@ -68,24 +68,6 @@ int FindString(const QStringList& list, const QString& text) {
     return -1;
 }
 
-QRect FitPicture(QSize natural) {
-    if (natural.isEmpty()) return {};
-    const QRect area = Form26::kPictureArea;
-    const qint64 w = natural.width(), h = natural.height();
-    int width = 0, height = 0;
-    if (w * area.height() >= h * area.width()) {
-        // Wider than the area: as wide as the area.
-        width = area.width();
-        height = std::max<int>(1, static_cast<int>((h * area.width() + w / 2) / w));
-    } else {
-        // Taller: as high as the area.
-        height = area.height();
-        width = std::max<int>(1, static_cast<int>((w * area.height() + h / 2) / h));
-    }
-    const QPoint centre = Form26::kPictureCentre;
-    return {centre.x() - width / 2, centre.y() - height / 2, width, height};
-}
-
 namespace {
 
 constexpr const char* kEntriesPrefix = "Number of callsigns in database = ";
@@ -144,6 +126,7 @@ Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
     : QWidget(parent, Qt::Window), g_(values), nicknames_(nicknames) {
     setObjectName(QStringLiteral("Form26"));
     setWindowTitle(QStringLiteral("PX Callsigns"));
+    ScreenKeeper::of(this);  // opens wholly on a screen, wherever it is put
 
     calls = new CallListModel(fontMetrics().height() + 2, this);
     lstCall = new QListView(this);
@@ -228,30 +211,6 @@ Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
     });
 }
 
-void Form26::layOutControls() {
-    lblInfo->setGeometry(8, 2, 880, 21);
-    const int frame = 2 * lstCall->frameWidth();
-    lstCall->setGeometry(8, 25, 120, kVisibleRows * calls->rowHeight() + frame);
-    // The picture area lies between the list and the record form; see kPictureArea.
-    const std::array<QLabel*, 10> captions{lblCall, lblName, lblNickName, lblAdd1, lblAdd2,
-                                           lblCtry, lblLat,  lblLon,      lblClass, lblYearBorn};
-    const std::array<QLineEdit*, 10> boxes{txtCall, txtName, txtNickName, txtAdd1, txtAdd2,
-                                           txtCtry, txtLat,  txtLon,      txtClass, txtYearBorn};
-    for (int i = 0; i < 10; ++i) {
-        captions[i]->setGeometry(588, 25 + 26 * i, 96, 24);
-        boxes[i]->setGeometry(684, 25 + 26 * i, 204, 24);
-    }
-    Label4->setGeometry(kPictureArea.left(), kPictureArea.bottom() + 4, kPictureArea.width(), 2 * fontMetrics().lineSpacing() + 4);
-    const int row = std::max(lstCall->geometry().bottom(), Label4->geometry().bottom()) + 10;
-    cmdLookup->setGeometry(8, row, 228, 28);
-    cboDB->setGeometry(242, row, 100, 28);
-    cmdAddNewSite->setGeometry(352, row, 228, 28);
-    cmdDeleteSite->setGeometry(588, row, 190, 28);
-    cmdClose->setGeometry(788, row, 100, 28);
-    lblEntries->setGeometry(8, row + 36, 560, 21);
-    setFixedSize(896, row + 36 + 21 + 8);
-}
-
 // 1.
 void Form26::Form_Load() {
     const LanguageTexts& t = g_.Texts;
@@ -291,6 +250,7 @@ void Form26::Form_Load() {
     // until the user picks a service.
     const int index = g_.ServiceNo;
     if (index >= 0 && index < cboDB->count()) cboDB->setCurrentIndex(index);
+    fitButtonsToCaptions();
 }
 
 // 2.
@@ -358,6 +318,9 @@ void Form26::storeForm() {
         if (index >= kVisibleRows) setTopIndex(index - (kVisibleRows - 1));
         lstCall->setUpdatesEnabled(true);
         showCount();
+        // Selecting the new call is a click on its row, as in a list box: the form shows the
+        // record as stored, and the buttons (delete among them) name the call.
+        if (index >= 0) lstCall_Click();
     } else {
         written = db.UpdateRecord(number);
     }
@@ -533,10 +496,7 @@ void Form26::Image1_MouseDown(Qt::MouseButton button) {
     if (button != Qt::LeftButton || pictureCall_.isEmpty()) return;
     const QPixmap full(PictureCachePath(g_.DataPath, pictureCall_));
     if (full.isNull()) return;
-    auto* form13 = new Form13(full, this);
-    form13->move(QCursor::pos() - QPoint(full.width() / 2, full.height() / 2));
-    form13->show();
-    QCursor::setPos(form13->geometry().center());
+    (new Form13(full, this))->ShowCentredOn(QCursor::pos());
 }
 
 // 17.
@@ -658,9 +618,7 @@ QPixmap Form26::picture() const { return Image1->pixmap(); }
 
 bool Form26::serviceChosen() const { return cboDB->currentIndex() >= 0; }
 
-QString Form26::withCall(const QString& text, const QString& call) const {
-    return QString(text).replace(QStringLiteral("???"), call);
-}
+QString Form26::withCall(const QString& text, const QString& call) const { return ReplaceCall(text, call); }
 
 QString Form26::lookupCaption(const QString& call) const {
     return withCall(g_.Texts.EditorLookup, call).replace(QStringLiteral("***"), g_.ServiceName);

@@ -15,6 +15,7 @@
 
 class CallDatabase;
 class QComboBox;
+class QFrame;
 class QLabel;
 class QLineEdit;
 class QListView;
@@ -48,6 +49,10 @@ int FindStringExact(const QStringList& list, const QString& text);
 // The first entry that begins with text, else -1.
 int FindString(const QStringList& list, const QString& text);
 
+// A caption with its "???" replaced by the call. Without a call the placeholder takes one blank
+// beside it along, so that no doubled, leading or trailing blank is left where the call would be.
+QString ReplaceCall(const QString& text, const QString& call);
+
 // Where the editor shows a station picture of this natural size: scaled to fill the picture area
 // as far as its aspect allows (wide pictures to the area's width, tall ones to its height) and
 // centred on the point 356, 147. An empty rectangle for an empty size.
@@ -63,7 +68,7 @@ public:
     static constexpr std::array<const char*, 5> kServiceDomains{"eHam.net", "QRZ.com", "QRZCQ.com", "Callook.info",
                                                                  "HamCall.net"};
     static constexpr int kVisibleRows = 15;
-    static constexpr QRect kPictureArea{136, 25, 440, 244};  // centred on 356, 147
+    static constexpr QRect kPictureArea{193, 25, 326, 244};  // centred on 356, 147
     static constexpr QPoint kPictureCentre{356, 147};
     static constexpr QPoint kPictureHome{340, 25};           // where an empty picture waits
 
@@ -120,6 +125,7 @@ public:
     QLabel* lblInfo;
     QLabel* Label4;
     QLabel* Image1;
+    QFrame* picArea = nullptr;  // the sunken box the picture is shown in (kPictureArea)
     ucLookUp* lookUp;
 
 signals:
@@ -149,6 +155,7 @@ private:
     void showPicture(const QString& call);
     bool serviceChosen() const;
     void layOutControls();
+    void fitButtonsToCaptions();
     QString withCall(const QString& text, const QString& call) const;
     QString lookupCaption(const QString& call) const;
 

@@ -11,17 +11,18 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 
 namespace {
-QLabel* caption(QWidget* parent, const char* name, const QString& text, QRect at) {
+QLabel* caption(QWidget* parent, const char* name, const QString& text) {
     auto* label = new QLabel(text.isEmpty() ? QString() : text + QStringLiteral(": "), parent);
     label->setObjectName(QLatin1String(name));
     label->setTextFormat(Qt::PlainText);
-    label->setGeometry(at);
     return label;
 }
 }  // namespace
@@ -30,44 +31,36 @@ Form2::Form2(ModuleValues& values, QWidget* parent) : QWidget(parent, Qt::Window
     setObjectName(QStringLiteral("Form2"));
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(g_.Texts.SetupTitle);
-    setFixedSize(360, 250);
     const LanguageTexts& t = g_.Texts;
 
-    lblCall = caption(this, "lblCall", t.FieldCall, {15, 15, 110, 24});
-    Label1 = caption(this, "Label1", t.FieldLatitude, {15, 45, 110, 24});
-    Label2 = caption(this, "Label2", t.FieldLongitude, {15, 75, 110, 24});
+    lblCall = caption(this, "lblCall", t.FieldCall);
+    Label1 = caption(this, "Label1", t.FieldLatitude);
+    Label2 = caption(this, "Label2", t.FieldLongitude);
     txtCall = new QLineEdit(this);
     txtLat = new QLineEdit(this);
     txtLon = new QLineEdit(this);
-    int row = 15;
     for (auto [edit, name] : {std::pair{txtCall, "txtCall"}, {txtLat, "txtLat"}, {txtLon, "txtLon"}}) {
         edit->setObjectName(QLatin1String(name));
-        edit->setGeometry(130, row, 120, 24);
-        row += 30;
+        edit->setMinimumWidth(140);
     }
     txtCall->setMaxLength(32);
     lblGrid = new QLabel(this);
     lblGrid->setObjectName(QStringLiteral("lblGrid"));
     lblGrid->setTextFormat(Qt::PlainText);
-    lblGrid->setGeometry(15, 105, 330, 24);
     cmdGetLatLon = new QPushButton(t.SetupGetLatLon, this);
     cmdGetLatLon->setObjectName(QStringLiteral("cmdGetLatLon"));
-    cmdGetLatLon->setGeometry(15, 135, 235, 28);
-    lblDx = caption(this, "lblDx", t.UnitCaption.trimmed(), {15, 172, 130, 24});
+    lblDx = caption(this, "lblDx", t.UnitCaption.trimmed());
     optKm = new QRadioButton(QStringLiteral("km"), this);
     optKm->setObjectName(QStringLiteral("optKm"));
-    optKm->setGeometry(150, 172, 60, 24);
     optMi = new QRadioButton(QStringLiteral("mi"), this);
     optMi->setObjectName(QStringLiteral("optMi"));
-    optMi->setGeometry(215, 172, 60, 24);
     Label3 = new QLabel(this);
     Label3->setObjectName(QStringLiteral("Label3"));
     Label3->setTextFormat(Qt::PlainText);
-    Label3->setWordWrap(true);
-    Label3->setGeometry(15, 198, 250, 44);
+    Label3->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     cmdClose = new QPushButton(t.CloseButton, this);
     cmdClose->setObjectName(QStringLiteral("cmdClose"));
-    cmdClose->setGeometry(270, 210, 75, 28);
+    layOutControls();
 
     lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
     connect(lookUp, &ucLookUp::GotPage, this, &Form2::onGotPage);
@@ -105,6 +98,53 @@ Form2::Form2(ModuleValues& values, QWidget* parent) : QWidget(parent, Qt::Window
     connect(cmdGetLatLon, &QPushButton::clicked, this, &Form2::cmdGetLatLon_Click);
     connect(cmdClose, &QPushButton::clicked, this, &QWidget::close);
     SetTopMost(this, true);
+    ScreenKeeper::of(this);
+}
+
+void Form2::layOutControls() {
+    const LanguageTexts& t = g_.Texts;
+    auto* grid = new QGridLayout(this);
+    grid->setSizeConstraint(QLayout::SetFixedSize);
+    grid->setContentsMargins(15, 15, 15, 12);
+    grid->setHorizontalSpacing(10);
+    grid->setVerticalSpacing(6);
+    grid->addWidget(lblCall, 0, 0);
+    grid->addWidget(txtCall, 0, 1);
+    grid->addWidget(Label1, 1, 0);
+    grid->addWidget(txtLat, 1, 1);
+    grid->addWidget(Label2, 2, 0);
+    grid->addWidget(txtLon, 2, 1);
+    grid->addWidget(lblGrid, 3, 0, 1, 2);
+    grid->addWidget(cmdGetLatLon, 4, 0, 1, 2, Qt::AlignLeft);
+    // The unit's caption may be longer than the others: its row has a layout of its own.
+    auto* units = new QHBoxLayout;
+    units->setSpacing(10);
+    units->addWidget(lblDx);
+    units->addWidget(optKm);
+    units->addWidget(optMi);
+    units->addStretch(1);
+    grid->addLayout(units, 5, 0, 1, 2);
+    grid->addWidget(Label3, 6, 0, 1, 2);
+    grid->addWidget(cmdClose, 7, 0, 1, 2, Qt::AlignRight);
+    // What a fetch of the position says: an empty line, then its text, wrapped to the width the
+    // other rows need. Room for the longest of them from the start, so that the window never
+    // changes its size.
+    ensurePolished();
+    const QMargins margins = grid->contentsMargins();
+    const int width = grid->sizeHint().width() - margins.left() - margins.right();
+    const QString call = QStringLiteral("WW0WWW/W");
+    QStringList said{QString(t.SetupPositionFound).replace(QStringLiteral("***"), call),
+                     QString(t.SetupPositionQrzcq).replace(QStringLiteral("***"), call), t.CallookStatus, t.LookupFailed,
+                     t.NotFound + u' ' + call};
+    // The service by the main window's name or by the editor's.
+    for (const char* service : {"CALLOOK", "HamCall", "QRZCQ.com", "Callook.info", "HamCall.net"})
+        said << QString(t.SetupNoPosition).replace(QStringLiteral("???"), call).replace(QStringLiteral("***"), QLatin1String(service));
+    int height = 2 * Label3->fontMetrics().lineSpacing();
+    for (const QString& text : said)
+        height = std::max(height, Label3->fontMetrics().boundingRect(QRect(0, 0, width, 1 << 16), Qt::TextWordWrap,
+                                                                     u'\n' + text).height());
+    Label3->setWordWrap(true);
+    Label3->setFixedSize(width, height + 2);
 }
 
 void Form2::ShowGrid() {

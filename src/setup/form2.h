@@ -46,6 +46,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void layOutControls();
     void cmdGetLatLon_Click();
     void onGotPage(const QString& call, bool loggedIn);
 

@@ -14,14 +14,11 @@ namespace {
 
 int rightSlot = 0;  // kept between calls, as the one value the box remembers
 
-struct ButtonGeometry {
-    int offset, top, width, height;
-};
-
-ButtonGeometry buttonGeometry(double fontSize) {
-    if (fontSize < 9) return {80, 30, 70, 30};
-    if (fontSize < 12) return {95, 25, 85, 32};
-    return {110, 20, 100, 35};
+// The longest line of the prompt in the label's font, in pixels.
+int widestLine(const QFontMetrics& metrics, const QString& prompt) {
+    int widest = 0;
+    for (const QString& line : prompt.split(QStringLiteral("\r\n"))) widest = std::max(widest, metrics.horizontalAdvance(line));
+    return widest;
 }
 
 QLabel* iconLabel(QWidget* parent, const char* name, QStyle::StandardPixmap which, QRect geometry) {
@@ -95,53 +92,71 @@ void UniMsgBox::Prepare(QWidget* owner, const QString& prompt, int buttons, cons
     // The desktop's message font.
     const QFont messageFont = QApplication::font("QMessageBox");
     lblPrompt->setFont(messageFont);
-    // One label line per CR LF, 21 pixels each.
+    // One label line per CR LF, 21 pixels each; as wide as the longest line needs, within the screen.
     const qsizetype lines = (prompt.size() - QString(prompt).remove(QStringLiteral("\r\n")).size()) / 2 + 1;
     lblPrompt->setText(QString(prompt).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
-    lblPrompt->setGeometry(85, 30, kPromptWidth, static_cast<int>(21 * lines));
-    // The window around it, the strip along its bottom.
-    const int width = lblPrompt->width() + 145;
-    const int height = lblPrompt->height() + 160;
-    setFixedSize(width, height);
-    pic1->setGeometry(0, height - 70, width, 70);
+    const QScreen* screen = owner && owner->screen() ? owner->screen() : QGuiApplication::primaryScreen();
+    const int widest = screen ? screen->availableGeometry().width() - 145 : 1 << 16;
+    const int promptWidth = std::clamp(widestLine(lblPrompt->fontMetrics(), prompt) + 4, kPromptWidth, std::max(kPromptWidth, widest));
+    lblPrompt->setGeometry(85, 30, promptWidth, static_cast<int>(21 * lines));
     setWindowTitle(title);
-    // Buttons.
+    // Buttons: font, geometry by the font's size, captions.
     for (QPushButton* b : {cmd1, cmd2, cmd3}) b->setFont(messageFont);
     const double points = messageFont.pointSizeF() > 0 ? messageFont.pointSizeF() : messageFont.pixelSize() * 0.75;
-    const ButtonGeometry g = buttonGeometry(points);
-    rightSlot = pic1->width() - g.offset;
+    if (points < 9) buttons_ = {80, 30, 70, 30};
+    else if (points < 12) buttons_ = {95, 25, 85, 32};
+    else buttons_ = {110, 20, 100, 35};
+    style_ = style;
     cmd1->setText(caption1);
     cmd2->setText(caption2);
     cmd3->setText(caption3);
-    auto place = [&](QPushButton* b, int left) {
-        b->setGeometry(left, g.top, g.width, g.height);
-        b->show();
-    };
-    if (style == 0) {
-        place(cmd1, rightSlot);
-    } else if (style == 1 || style == 4 || style == 5) {
-        place(cmd2, rightSlot);
-        place(cmd1, rightSlot - g.width - 10);
-    } else if (style == 2 || style == 3) {
-        place(cmd2, rightSlot);
-        place(cmd1, rightSlot - g.width - 10);
-        place(cmd3, rightSlot - 2 * g.width - 20);
-    }
-    // Position: given, or centred over the owner and kept on the virtual screen.
-    if (left != 0 && top != 0) {
-        move(left, top);
-    } else {
-        const QScreen* screen = QGuiApplication::primaryScreen();
+    // The window around it, frame included, and the strip along its bottom.
+    outer_ = QSize(lblPrompt->width() + 145, lblPrompt->height() + 160);
+    fitFrame(KnownFrameMargins(this));
+    // Position: given, or centred over the owner and kept on the virtual screen; and then wholly
+    // inside the available area of a screen.
+    QPoint at(left, top);
+    if (left == 0 || top == 0) {
         const QRect over = owner ? owner->frameGeometry() : (screen ? screen->geometry() : QRect());
         const QRect desk = screen ? screen->virtualGeometry() : QRect(0, 0, 1 << 16, 1 << 16);
+        const int width = outer_.width(), height = outer_.height();
         int x = std::max(0, over.left() + (over.width() - width) / 2);
         int y = std::max(0, over.top() + (over.height() - height) / 2);
         if (x + width > desk.right() + 1) x = desk.right() + 1 - width;
         if (y + height > desk.bottom() + 1) y = desk.bottom() + 1 - height;
-        move(x, y);
+        at = QPoint(x, y);
     }
+    PlaceWindow(this, at);
+    // The frame the window manager gives the box decides its inner size.
+    connect(ScreenKeeper::of(this), &ScreenKeeper::frameKnown, this, &UniMsgBox::fitFrame, Qt::UniqueConnection);
     // Above every other window.
     SetTopMost(this, true);
+}
+
+void UniMsgBox::fitFrame(QMargins margins) {
+    const QSize inner = outer_.shrunkBy(margins);
+    setFixedSize(inner);
+    pic1->setGeometry(0, inner.height() - 70, inner.width(), 70);
+    layOutButtons();
+}
+
+void UniMsgBox::layOutButtons() {
+    const ButtonGeometry& g = buttons_;
+    rightSlot = pic1->width() - g.offset;
+    auto place = [&g](QPushButton* b, int left) {
+        b->setGeometry(left, g.top, g.width, g.height);
+        b->show();
+    };
+    if (style_ == 0) {
+        place(cmd1, rightSlot);
+    } else if (style_ == 1 || style_ == 4 || style_ == 5) {
+        place(cmd2, rightSlot);
+        place(cmd1, rightSlot - g.width - 10);
+    } else if (style_ == 2 || style_ == 3) {
+        place(cmd2, rightSlot);
+        place(cmd1, rightSlot - g.width - 10);
+        place(cmd3, rightSlot - 2 * g.width - 20);
+    }
 }
 
 int ShowUniMsgBox(QWidget* owner, const QString& prompt, int buttons, const QString& title, const QString& caption1,

@@ -5,6 +5,9 @@
 #include <QDialog>
 #include <QString>
 
+#include <QMargins>
+#include <QSize>
+
 class QLabel;
 class QPushButton;
 class QWidget;
@@ -13,7 +16,9 @@ class UniMsgBox : public QDialog {
     Q_OBJECT
 
 public:
-    static constexpr int kPromptWidth = 300;  // the prompt label keeps this width
+    // The prompt label is this wide, or as wide as its longest line where that is wider (as far as
+    // the screen allows).
+    static constexpr int kPromptWidth = 300;
 
     explicit UniMsgBox(QWidget* parent = nullptr);
 
@@ -27,13 +32,28 @@ public:
     // 7, 6 or 2 for the button pressed; 0 when the box was closed without a button.
     int result() const { return result_; }
 
+    // The box's outer size, frame included: the prompt's size + 145 wide and + 160 high.
+    QSize outerSize() const { return outer_; }
+    // Sizes the inside so that, with a frame of these margins, the box is outerSize(); the strip
+    // along the bottom and its buttons follow the inside. Prepare uses the margins known so far;
+    // the window manager's own come once the box is shown.
+    void fitFrame(QMargins margins);
+
     QLabel *imgCritical, *imgQuestion, *imgExclamation, *imgInformation;
     QLabel* lblPrompt;
     QWidget* pic1;
     QPushButton *cmd1, *cmd2, *cmd3;
 
 private:
+    struct ButtonGeometry {
+        int offset, top, width, height;
+    };
+    void layOutButtons();
+
     int result_ = 0;
+    int style_ = 0;
+    ButtonGeometry buttons_{80, 30, 70, 30};
+    QSize outer_;
 };
 
 // Shows the box modally and returns the number of the button pressed (see UniMsgBox::result).

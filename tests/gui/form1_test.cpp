@@ -1,6 +1,8 @@
 // The main window against prepared data and Pictaro folders, under a real X server where one is available.
 #include "app/datafolder.h"
+#include "app/callflow.h"
 #include "app/form1.h"
+#include "app/form13.h"
 #include "app/settings.h"
 #include "db/calldatabase.h"
 #include "db/form26.h"
@@ -8,7 +10,10 @@
 #include "lookup/uclookup.h"
 #include "setup/form2.h"
 #include "ui/beep.h"
+#include "ui/helpwindow.h"
 #include "ui/popupmenu.h"
+#include "ui/unimsgbox.h"
+#include "wmcheck.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -22,6 +27,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
+#include <QSystemTrayIcon>
 #include <QTemporaryDir>
 #include <QTcpServer>
 #include <QTimer>
@@ -104,6 +110,18 @@ struct Entered {
     QString name{};    // %2
 };
 Q_DECLARE_METATYPE(Entered)
+// The eight languages: app.cfg's digit and the file's name.
+const QList<QPair<QByteArray, QString>> kLanguages{{"0", "English"}, {"8", "Spanish"}, {"2", "German"}, {"1", "French"},
+                                                   {"5", "Dutch"},   {"7", "Polish"},  {"4", "Japanese"}, {"9", "Russian"}};
+
+// A one-line text that shows whole in its label; "" when it does, else what is cut.
+QString cut(const QLabel* label, const QString& text) {
+    const int room = label->contentsRect().width(), needs = label->fontMetrics().horizontalAdvance(text);
+    return needs <= room && label->fontMetrics().height() <= label->contentsRect().height()
+               ? QString()
+               : QString("%1 (%2 > %3 px)").arg(text).arg(needs).arg(room);
+}
+
 Q_DECLARE_METATYPE(Start)
 Q_DECLARE_METATYPE(Damage)
 Q_DECLARE_METATYPE(Failed)
@@ -183,6 +201,7 @@ private slots:
         QCOMPARE(g.ServiceNo, c.serviceNo);
         QCOMPARE(settings::GetSetting(settings::kServiceIndex, "unset"), c.index);
         QCOMPARE(form->SetupMenuCaptions[2], QString("Help"));
+        QCOMPARE(form->SetupMenuCaptions[3], QString("Afsluiten"));
         QCOMPARE(form->MapsMenuCaptions[4], QString("Regiokaarten"));
         QCOMPARE(form->lblStatus->text(), QString());
         QCOMPARE(form->cmdUpdate->text(), QString(g.Texts.UpdateButton).replace("***", " " + c.service));
@@ -351,7 +370,8 @@ private slots:
         enter(*form, "JA1XYZ");
         QCOMPARE(form->lblName->text(), QString("Taro Rei"));  // three parts: no nickname
 
-        // The title bar's close only hides; Unload closes the other windows too.
+        // The title bar's close only hides; the setup menu's last item, Quit, unloads the window
+        // and closes the others too.
         QWidget other;
         other.setObjectName("Form2");
         other.show();
@@ -359,8 +379,10 @@ private slots:
         QVERIFY(!form->close());
         QVERIFY(!form->isVisible() || form->isMinimized());
         QVERIFY(QApplication::topLevelWidgets().contains(form.get()));
-        form->Unload();
+        form->MnuSetupClick(3);
         QVERIFY(!other.isVisible());
+        QVERIFY(form->isHidden());
+        QVERIFY(!form->tmrTray->isActive());
     }
 
     // Placed at the window carrying the version mark; the setup menu closes once the pointer leaves.
@@ -374,6 +396,11 @@ private slots:
         QTest::qWait(100);
         QVERIFY(load());
         QCOMPARE(form->frameGeometry().topLeft(), marked.frameGeometry().topLeft());
+        // Where the version mark puts it is not remembered as the user's place.
+        form->show();
+        QVERIFY(QTest::qWaitForWindowExposed(form.get()));
+        QTRY_VERIFY(!form->tmrPosition->isActive());
+        QCOMPARE(settings::GetSetting(settings::kForm1Left, "unset"), QString("unset"));
         marked.hide();
         form->move(100, 100);
         form->show();
@@ -385,7 +412,8 @@ private slots:
         QVERIFY(form->openMenu());
         QStringList captions;
         for (const MenuItem& item : form->openMenu()->items()) captions << item.caption;
-        QCOMPARE(captions, (QStringList{g.Texts.MenuSetup, g.Texts.MenuDatabaseEditor, g.Texts.MenuHelp}));
+        QCOMPARE(captions, (QStringList{g.Texts.MenuSetup, g.Texts.MenuDatabaseEditor, g.Texts.MenuHelp, g.Texts.MenuQuit}));
+        QCOMPARE(captions.last(), QString("Afsluiten"));
         QTest::qWait(400);
         QVERIFY(form->openMenu());  // the mouse is still over it
         QCursor::setPos(10, 700);
@@ -511,6 +539,228 @@ private slots:
         QCOMPARE(form->lblStatus->text(), QString());
         QCOMPARE(beeps, QList<int>());
         QCOMPARE(g.CurrentCall, QString("G4ABC"));
+    }
+
+    // Where the user put the window is saved once it rests, and the next start puts it back
+    // there, back on the screen when that place is off it now. Without a frame here, the frame
+    // is the window (1280 x 1024 screen).
+    void placeIsRemembered_data() {
+        QTest::addColumn<QStringList>("saved");  // Left, Top; "-" not saved
+        QTest::addColumn<QPoint>("opens");       // (-1, -1): where the window manager likes
+        QTest::newRow("nothing saved") << QStringList{"-", "-"} << QPoint(-1, -1);
+        QTest::newRow("on the screen") << QStringList{"300", "200"} << QPoint(300, 200);
+        QTest::newRow("above and left of it") << QStringList{"-300", "-200"} << QPoint(0, 0);
+        QTest::newRow("a monitor that has gone") << QStringList{"3000", "1500"} << QPoint(1280 - 350, 1024 - 180);
+        QTest::newRow("half off the right edge") << QStringList{"1100", "10"} << QPoint(1280 - 350, 10);
+        QTest::newRow("not numbers") << QStringList{"left", "10"} << QPoint(-1, -1);
+        QTest::newRow("top missing") << QStringList{"300", "-"} << QPoint(-1, -1);
+    }
+
+    void placeIsRemembered() {
+        QFETCH(QStringList, saved);
+        QFETCH(QPoint, opens);
+        if (QGuiApplication::primaryScreen()->availableGeometry() != QRect(0, 0, 1280, 1024)) QSKIP("needs the 1280 x 1024 screen");
+        if (saved[0] != "-") settings::SaveSetting(settings::kForm1Left, saved[0]);
+        if (saved[1] != "-") settings::SaveSetting(settings::kForm1Top, saved[1]);
+        QVERIFY(load());
+        QCOMPARE(form->testAttribute(Qt::WA_Moved), opens != QPoint(-1, -1));
+        if (opens != QPoint(-1, -1)) QCOMPARE(form->pos(), opens);
+        form->show();
+        QVERIFY(QTest::qWaitForWindowExposed(form.get()));
+        // Moved: written once it rests, and read by the next start.
+        form->move(410, 320);
+        QTRY_COMPARE(settings::GetSetting(settings::kForm1Left, "") + "," + settings::GetSetting(settings::kForm1Top, ""),
+                     QString("410,320"));
+        form.reset();
+        QVERIFY(load());
+        QCOMPARE(form->pos(), QPoint(410, 320));
+    }
+
+    // Closing from the title bar hides the window in the tray while a tray icon is shown, and
+    // minimises it where none is; a tray that goes away gives back a window hidden in it.
+    void trayComesAndGoes() {
+        QVERIFY(loadShown());
+        bool tray = false;
+        form->trayAvailable = [&tray] { return tray; };
+        struct Step { bool tray; const char* then; QString shown; };  // shown: "hidden", "minimised" or "normal"
+        const auto state = [this] {
+            return QString(form->trayIcon() ? "icon, " : "no icon, ") +
+                   (form->isHidden() ? "hidden" : form->isMinimized() ? "minimised" : "normal");
+        };
+        for (const Step& step : {Step{false, "close", "no icon, minimised"}, Step{true, "tray", "icon, minimised"},
+                                 Step{true, "show", "icon, normal"}, Step{true, "close", "icon, hidden"},
+                                 Step{false, "tray", "no icon, minimised"}, Step{true, "tray", "icon, minimised"},
+                                 Step{true, "show", "icon, normal"},
+                                 // gone before the timer noticed: the close asks again
+                                 Step{false, "close", "no icon, minimised"}}) {
+            tray = step.tray;
+            if (QByteArray(step.then) == "close") QVERIFY(!form->close());
+            if (QByteArray(step.then) == "tray") form->UpdateTray();
+            if (QByteArray(step.then) == "show") form->showNormal();
+            QCOMPARE(state(), step.shown);
+        }
+        QVERIFY(form->tmrTray->isActive());
+        QVERIFY(QApplication::topLevelWidgets().contains(form.get()));
+    }
+
+    // Help: the desktop's viewer when it has one; else the text in a window of the program.
+    void helpWithoutADesktopViewer_data() {
+        QTest::addColumn<QByteArray>("file");  // kGone: no file; "/": a folder in its place
+        QTest::addColumn<bool>("viewer");
+        QTest::addColumn<QString>("shown");    // the help window's text, "" for no window; %F the file
+        QTest::newRow("a viewer") << QByteArray("Help\r\n") << true << "";
+        QTest::newRow("no viewer") << QByteArray("PX Callsigns\r\nF8 takes the call.\r\n") << false
+                                   << "PX Callsigns\nF8 takes the call.\n";
+        QTest::newRow("Windows-1252") << QByteArray("Stra\xdf" "e \x80 5\r\n") << false << QString::fromUtf8("Stra\u00dfe \u20ac 5\n");
+        QTest::newRow("UTF-8") << QByteArray("Stra\xc3\x9f" "e\r\n") << false << QString::fromUtf8("Stra\u00dfe\n");
+        QTest::newRow("missing, viewer or not") << kGone << true << "The help file was not found:\n%F";
+        QTest::newRow("a folder in its place") << QByteArray("/") << true << "The help file could not be read:\n%F\nit is a folder";
+        QTest::newRow("too large") << QByteArray(kHelpMaxBytes + 1, 'x') << false << "The help file is too large to show:\n%F";
+    }
+
+    void helpWithoutADesktopViewer() {
+        QFETCH(QByteArray, file);
+        QFETCH(bool, viewer);
+        QFETCH(QString, shown);
+        QVERIFY(loadShown());
+        form->helpFile = root + "/Help.txt";
+        if (file == "/") QVERIFY(QDir().mkpath(form->helpFile));
+        else if (file != kGone) writeFile(form->helpFile, file);
+        QList<QUrl> asked;
+        form->openWithDesktop = [&](const QUrl& url) { asked << url; return viewer; };
+        form->MnuSetupClick(2);
+        form->MnuSetupClick(2);  // once more: still one window
+        const bool isFile = file != kGone && file != "/";
+        QCOMPARE(asked, isFile ? QList<QUrl>(2, QUrl::fromLocalFile(form->helpFile)) : QList<QUrl>());
+        const auto windows = form->findChildren<HelpWindow*>();
+        QCOMPARE(windows.size(), shown.isEmpty() ? 0 : 1);
+        if (shown.isEmpty()) return;
+        HelpWindow* help = windows.first();
+        QVERIFY(help->isVisible() && help->isWindow() && help->isReadOnly());
+        QCOMPARE(help->windowTitle(), g.Texts.MenuHelp);
+        QCOMPARE(help->toPlainText(), QString(shown).replace("%F", form->helpFile));
+        help->close();
+        QTRY_VERIFY(form->findChildren<HelpWindow*>().isEmpty());
+    }
+
+    // Every text the strip shows in a language fits where it is shown, and the first three
+    // lines leave the picture's corner free while a picture is shown.
+    void textsFitInEveryLanguage_data() {
+        QTest::addColumn<QByteArray>("digit");
+        QTest::addColumn<QString>("language");
+        for (const auto& [digit, language] : kLanguages) QTest::newRow(qPrintable(language)) << digit << language;
+    }
+
+    void textsFitInEveryLanguage() {
+        QFETCH(QByteArray, digit);
+        QFETCH(QString, language);
+        const QString name = "Languages/Norvane_" + language + ".Language";
+        writeFile(data + "/" + name, readFile(PX_SOURCE_DIR "/data/" + name));
+        writeFile(pictaro + "app.cfg", appCfg("PA3XYZ", digit));
+        QVERIFY(loadShown());
+        QCOMPARE(failures, QStringList());
+        QVERIFY(form->width() >= 350 && form->height() >= 180);
+        const LanguageTexts& t = g.Texts;
+        QStringList clipped;
+        // The update button, whichever service is chosen: the window does not change its size.
+        const QSize size = form->size();
+        for (int service = 0; service < 5; ++service) {
+            form->cboDB->setCurrentIndex(service);
+            emit form->cboDB->activated(service);
+            QVERIFY(settle());
+            QCOMPARE(form->cmdUpdate->text(), QString(t.UpdateButton).replace("***", " " + form->cboDB->currentText()));
+            if (form->cmdUpdate->sizeHint().width() > form->cmdUpdate->width()) clipped << form->cmdUpdate->text();
+        }
+        QCOMPARE(form->size(), size);
+        for (QWidget* w : std::initializer_list<QWidget*>{form->cboDB, form->lblSetup})
+            if (w->sizeHint().width() > w->width()) clipped << w->objectName();
+        // The call line's texts, the name line's, and the status line's (two lines at most).
+        const QString call = "DL1ABC";
+        for (const QString& text : {t.Ready, QString(t.LookingUp).replace("???", call), t.LoginRequired,
+                                    QString(t.Contacting).replace("***", "CALLOOK") + ". . .", t.NotFound + " " + call,
+                                    call + "  (" + t.SourceWeb + "HamCall)", call + "  (" + t.SourceDatabase + ")"}) {
+            form->lblCall->setText(text);
+            clipped << cut(form->lblCall, text);
+        }
+        clipped << cut(form->lblName, QString(t.Searching).replace("***", "CALLOOK") + ". . .");
+        for (QString text : {t.LoggedIn, t.NotLoggedIn, t.LoginNotNeededQrzcq, t.LoginNotNeededCallook, t.LookupOk,
+                             t.LookupFailed, t.LookupFailedQrzcq, t.CallookStatus, t.StatusNoCall, t.StatusHttpError}) {
+            form->lblStatus->setText(text.replace("***", "CALLOOK").replace("###", "503"));
+            if (form->lblStatus->heightForWidth(form->lblStatus->width()) > form->lblStatus->height()) clipped << text;
+        }
+        clipped.removeAll(QString());
+        QCOMPARE(clipped, QStringList());
+
+        // A picture as wide as any (57) at the larger margin: the first three lines end before it,
+        // the others start below it, and the call line still shows a call from the service.
+        form->Image1->setPixmap(QPixmap(kPictures + "g4abc.jpg"));
+        form->Image1->setGeometry(PicturePlacement(QSize(400, 200), form->width(), 20));
+        form->Image1->show();
+        QTRY_VERIFY(form->lblCall->geometry().right() < form->Image1->geometry().left());
+        for (QLabel* l : {form->lblName, form->lblAdd1})
+            QVERIFY2(l->geometry().right() < form->Image1->geometry().left(), qPrintable(l->objectName()));
+        QVERIFY(form->lblAdd2->geometry().top() > form->Image1->geometry().bottom());
+        QCOMPARE(cut(form->lblCall, "WW0WWW  (" + t.SourceWeb + "QRZCQ)"), QString());
+        form->Image1->hide();
+        QTRY_COMPARE(form->lblCall->width(), form->lblStatus->width());  // the whole width again
+    }
+
+    // Under a window manager every window opens with its frame wholly on the screen: the main
+    // window wherever it was saved, the setup window and the editor beside it, the help text,
+    // the enlarged picture at the pointer and a message box.
+    void windowsOpenWhollyOnTheScreen_data() {
+        QTest::addColumn<QStringList>("saved");
+        QTest::newRow("nothing saved") << QStringList{};
+        QTest::newRow("at 0, 0") << QStringList{"0", "0"};
+        QTest::newRow("above and left of the screen") << QStringList{"-300", "-200"};
+        QTest::newRow("on a monitor that has gone") << QStringList{"3000", "2000"};
+    }
+
+    void windowsOpenWhollyOnTheScreen() {
+        QFETCH(QStringList, saved);
+        REQUIRE_WINDOW_MANAGER();
+        if (!saved.isEmpty()) {
+            settings::SaveSetting(settings::kForm1Left, saved[0]);
+            settings::SaveSetting(settings::kForm1Top, saved[1]);
+        }
+        QVERIFY(loadShown());
+        QVERIFY(framed(form.get()));
+        QTRY_VERIFY(whollyOnAScreen(form->frameGeometry()));
+        const QRect area = form->screen()->availableGeometry(), frame = form->frameGeometry();
+        QVERIFY(frame.height() > form->height());  // a title bar at least
+        if (saved == QStringList{"0", "0"} || saved.value(0).startsWith('-')) QCOMPARE(frame.topLeft(), area.topLeft());
+        if (saved.value(0) == "3000") QCOMPARE(frame.bottomRight(), area.bottomRight());
+
+        QList<QWidget*> windows;
+        form->MnuSetupClick(0);
+        windows << form->findChild<Form2*>();
+        form->MnuSetupClick(1);
+        windows << form->findChild<Form26*>();
+        form->openWithDesktop = [](const QUrl&) { return false; };
+        form->MnuSetupClick(2);
+        windows << form->findChild<HelpWindow*>();
+        QCursor::setPos(area.bottomRight());
+        auto* picture = new Form13(QPixmap(kPictures + "g4abc.jpg"), form.get());
+        picture->ShowCentredOn(area.bottomRight());
+        windows << picture;
+        auto* box = new UniMsgBox(form.get());
+        box->Prepare(form.get(), "x", 0, "PX callsigns", "OK", "", "", "", -5, -5);
+        box->show();
+        windows << box;
+        for (QWidget* w : windows) {
+            QVERIFY(w);
+            QVERIFY2(framed(w), qPrintable(w->objectName()));
+            QTRY_VERIFY2(whollyOnAScreen(w->frameGeometry()), qPrintable(w->objectName()));
+        }
+        // The setup window and the editor cover none of the main window where there is room.
+        for (QWidget* w : windows.mid(0, 2)) {
+            const int height = w->frameGeometry().height();
+            if (area.bottom() - frame.bottom() >= height || frame.top() - area.top() >= height)
+                QVERIFY2(!w->frameGeometry().intersects(frame), qPrintable(w->objectName()));
+        }
+        QCOMPARE(box->frameGeometry().size(), box->outerSize());
+        QCOMPARE(picture->frameGeometry().bottomRight(), area.bottomRight());
+        box->close();
     }
 
     // A lookup that fails ends with the pointer back to normal, keeps nothing, says in the status

@@ -6,6 +6,7 @@
 #include "lookup/uclookup.h"
 #include "ui/beep.h"
 #include "ui/unimsgbox.h"
+#include "fits.h"
 
 #include <QtNetwork>
 #include <QtTest>
@@ -96,6 +97,7 @@ void clickRow(Form26& form, int row) {
                       form.lstCall->visualRect(form.calls->index(row)).center());
 }
 bool settle() { return QTest::qWaitFor([] { return !QApplication::overrideCursor(); }, 10000); }
+
 
 }  // namespace
 
@@ -196,7 +198,8 @@ private slots:
         auto form = open();
         QCOMPARE(listState(*form), listed(callsOf(shipped), -1, 0));
         // Every text on the window, labels (all plain text) then buttons, in the order they are made.
-        // The lookup caption is set with "callsign", then the service box's click puts in the (empty) call.
+        // The lookup caption is set with "callsign", then the service box's click puts in the (empty)
+        // call: without a call, no doubled blank is left where it would be.
         QStringList texts{form->windowTitle()};
         for (QLabel* label : form->findChildren<QLabel*>()) {
             QCOMPARE(label->textFormat(), Qt::PlainText);
@@ -208,7 +211,7 @@ private slots:
                                      "Number of callsigns in database = 10",
                                      "Type a call sign, look it up on the internet or fill in the fields yourself, "
                                      "then add it to the database.",
-                                     "", "", "Look up  on QRZ.com", "Add callsign to the database", "Delete callsign",
+                                     "", "", "Look up on QRZ.com", "Add callsign to the database", "Delete callsign",
                                      "Close"}));
         QCOMPARE(state(*form), QString(" [] row -1 ---"));
         QVERIFY(form->Label4->isHidden() && form->Image1->isHidden());
@@ -249,6 +252,10 @@ private slots:
         QCOMPARE(state(*form), QString("DL1ABC [] row -1 A-L"));
         click(form->cmdAddNewSite);
         QCOMPARE(saved(*form), expect(hans("52.52", "13.405") + shipped, 0, 0));  // sorts first
+        // Selected as if clicked: the record as stored, every button on and naming the call.
+        QCOMPARE(state(*form), QString("DL1ABC [] row 0 ADL"));
+        QCOMPARE(captions(*form), (QStringList{"Add DL1ABC to the database", "Delete DL1ABC", "Look up DL1ABC on QRZ.com"}));
+        QCOMPARE(shown(*form), fields);
 
         // The same call again: updated where it is, the year cut to the field.
         form->txtName->setText("Hans Mueller");
@@ -339,9 +346,9 @@ private slots:
         const QStringList g4abcCaptions{"Add G4ABC to the database", "Delete G4ABC", "Look up G4ABC on QRZ.com"};
         QCOMPARE(captions(*form), g4abcCaptions);
         QCOMPARE(state(*form), QString("G4ABC [Ally] row 2 ADL"));
-        // 240 x 160: as high as the area, centred on 356, 147.
+        // 240 x 160: as wide as the area, centred on 356, 147.
         QVERIFY(form->Image1->isVisible());
-        QCOMPARE(form->Image1->geometry(), QRect(173, 25, 366, 244));
+        QCOMPARE(form->Image1->geometry(), QRect(193, 39, 326, 217));
         QCOMPARE(form->picture().size(), QSize(240, 160));
 
         // The row already selected, clicked again: the record is read again.
@@ -582,13 +589,56 @@ private slots:
         }
     }
 
+    void captionsWithoutACall() {
+        struct Case { const char* text; QString call, caption; };
+        for (const Case& c : {Case{"Look up ??? on ***", "", "Look up on ***"},
+                              Case{"Look up ??? on ***", "G4ABC", "Look up G4ABC on ***"},
+                              Case{"??? bei *** nachschlagen", "", "bei *** nachschlagen"},
+                              Case{"*** \u3067 ??? \u3092\u691c\u7d22", "", "*** \u3067 \u3092\u691c\u7d22"},
+                              Case{"Delete ???", "", "Delete"}, Case{"???", "", ""}, Case{"x???y", "", "xy"},
+                              Case{"a ??? b ??? c", "", "a b c"}, Case{"Look up ??? on", " ", "Look up   on"}}) {
+            const Row row{c.text};
+            QCOMPARE(ReplaceCall(QString::fromUtf8(c.text), c.call), c.caption);
+        }
+    }
+
+    // Every caption and text shows whole in each of the eight languages, in the window as it
+    // opens, with a call typed on each service, and with a call clicked; the picture box stays
+    // where the picture is centred.
+    void textsFitInEveryLanguage() {
+        for (const char* language : {"English", "Spanish", "German", "French", "Dutch", "Polish", "Japanese", "Russian"}) {
+            const Row row{language};
+            g.Texts = LanguageTexts();
+            LoadLanguageText(readFile(PX_SOURCE_DIR "/data/Languages/Norvane_English.Language"), g.Texts);
+            QCOMPARE(LoadLanguageText(readFile(PX_SOURCE_DIR "/data/Languages/Norvane_" + QString(language) + ".Language"),
+                                      g.Texts).status, LanguageLoad::Ok);
+            g.ServiceNo = 1;
+            auto form = open();
+            QCOMPARE(form->picArea->geometry(), Form26::kPictureArea);
+            QCOMPARE(Form26::kPictureArea.center() + QPoint(1, 1), Form26::kPictureCentre);
+            QCOMPARE(form->lstCall->geometry().right() + 8 + 1, Form26::kPictureArea.left());
+            QCOMPARE(clippedTexts(*form), QStringList());
+            const QSize size = form->size();
+            QTest::keyClicks(form->txtCall, "dl1abc");
+            for (int service = 0; service < 5; ++service) {
+                form->cboDB->setCurrentIndex(service);
+                QCOMPARE(clippedTexts(*form), QStringList());
+            }
+            clickRow(*form, 2);
+            form->txtLat->setText("51.5*");
+            QVERIFY(form->Label4->isVisible());
+            QCOMPARE(clippedTexts(*form), QStringList());
+            QCOMPARE(form->size(), size);  // the window kept its size throughout
+        }
+    }
+
     void pictureFitAndListSearches() {
         struct Fit { const char* name; QSize natural; QRect placed; };
         // 4:3 and 3:2 pictures are placed by the lookup and click tests.
-        for (const Fit& c : {Fit{"tall", {120, 200}, {283, 25, 146, 244}}, Fit{"wide", {880, 200}, {136, 97, 440, 100}},
-                             Fit{"the area's own shape", {220, 122}, {136, 25, 440, 244}},
-                             Fit{"small, enlarged", {44, 24}, {136, 27, 440, 240}},
-                             Fit{"a line", {4000, 1}, {136, 147, 440, 1}}, Fit{"empty", {0, 0}, {}}}) {
+        for (const Fit& c : {Fit{"tall", {120, 200}, {283, 25, 146, 244}}, Fit{"wide", {880, 200}, {193, 110, 326, 74}},
+                             Fit{"the area's own shape", {326, 244}, {193, 25, 326, 244}},
+                             Fit{"small, enlarged", {44, 24}, {193, 58, 326, 178}},
+                             Fit{"a line", {4000, 1}, {193, 147, 326, 1}}, Fit{"empty", {0, 0}, {}}}) {
             const Row row{c.name};
             QCOMPARE(FitPicture(c.natural), c.placed);
         }

@@ -3,6 +3,7 @@
 #include "lookup/callbookserver.h"
 #include "lookup/uclookup.h"
 #include "setup/form2.h"
+#include "fits.h"
 
 #include <QApplication>
 #include <QFile>
@@ -80,6 +81,32 @@ private slots:
         QCOMPARE(setting(settings::kMyCallsign) + ' ' + setting(settings::kMyLatitude) + ' ' + setting(settings::kMyLongitude),
                  QString("DL1ABC 52.52 -0.1276"));
         QCOMPARE(g.MyLat, 52.52);
+    }
+
+    // Every caption shows whole in each of the eight languages, and so does each text a fetch
+    // of the position can end with, without the window changing its size.
+    void textsFitInEveryLanguage() {
+        for (const char* language : {"English", "Spanish", "German", "French", "Dutch", "Polish", "Japanese", "Russian"}) {
+            g.Texts = LanguageTexts();
+            QVERIFY(LoadLanguage("English", PX_SOURCE_DIR "/data", g.Texts).status == LanguageLoad::Ok);
+            QVERIFY2(LoadLanguage(language, PX_SOURCE_DIR "/data", g.Texts).status == LanguageLoad::Ok, language);
+            g.MyLat = -33.8688;  // the longest grid line: a minus and every digit
+            g.MyLon = -151.2093;
+            Form2 form(g);
+            form.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&form));
+            QVERIFY2(clippedTexts(form).isEmpty(), qPrintable(language + (": " + clippedTexts(form).join(" | "))));
+            const QSize size = form.size();
+            const LanguageTexts& t = g.Texts;
+            const QString call = "PA3XYZ/P";
+            for (QString text : {t.SetupPositionFound, t.SetupPositionQrzcq, t.CallookStatus, t.LookupFailed,
+                                 t.SetupNoPosition, t.NotFound + " " + call}) {
+                form.Label3->setText("\n" + text.replace("***", "Callook.info").replace("???", call));
+                QVERIFY2(clippedTexts(form).isEmpty(), qPrintable(language + (": " + clippedTexts(form).join(" | "))));
+            }
+            QCOMPARE(form.size(), size);
+            QVERIFY(form.txtLat->width() >= 140);
+        }
     }
 
     void coordinatesFromTheService() {

@@ -1,6 +1,9 @@
 // The message box's layout, icons, sounds and results.
 #include "ui/beep.h"
+#include "ui/language.h"
 #include "ui/unimsgbox.h"
+#include "fits.h"
+#include "wmcheck.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -66,6 +69,56 @@ private slots:
             if (l->objectName() == c.image) QCOMPARE(l->geometry(), c.place);
         }
         QCOMPARE(beeps, c.tones);
+    }
+
+    // The box's outer size is the rule's: with a frame, the inside is smaller by it, and the strip
+    // and its buttons follow the inside.
+    void insideIsTheOuterSizeLessTheFrame() {
+        setFontSize(8);
+        struct Case { QMargins frame; QSize inside; int slot; };
+        for (const Case& c : {Case{{}, {445, 181}, 365}, Case{{1, 24, 1, 5}, {443, 152}, 363},
+                              Case{{4, 30, 4, 4}, {437, 147}, 357}}) {
+            UniMsgBox m;
+            m.Prepare(nullptr, "x", 1, "t", "Yes", "No");
+            QCOMPARE(m.outerSize(), QSize(445, 181));
+            m.fitFrame(c.frame);
+            QCOMPARE(m.size(), c.inside);
+            QCOMPARE(m.pic1->geometry(), QRect(0, c.inside.height() - 70, c.inside.width(), 70));
+            QCOMPARE(UniMsgBoxRightSlot(), c.slot);
+            QCOMPARE(m.cmd2->geometry(), QRect(c.slot, 30, 70, 30));
+            QCOMPARE(m.cmd1->geometry(), QRect(c.slot - 80, 30, 70, 30));
+        }
+    }
+
+    // Under a window manager the frame the box opens with has the rule's size.
+    void framedBoxHasTheOuterSize() {
+        REQUIRE_WINDOW_MANAGER();
+        setFontSize(9);
+        UniMsgBox m;
+        m.Prepare(nullptr, "Delete?\r\nSure", 4, "PX callsigns", "Yes", "No");
+        m.show();
+        QVERIFY(framed(&m));
+        QTRY_COMPARE(m.frameGeometry().size(), QSize(445, 202));
+        QVERIFY(m.size().width() < 445 && m.size().height() < 202);
+        QCOMPARE(m.cmd2->geometry().right(), m.width() - 1 - 10);  // 10 pixels from the strip's right edge
+        QVERIFY(whollyOnAScreen(m.frameGeometry()));
+    }
+
+    // A prompt longer than the label's designed width widens the box; in every language the
+    // editor's message and its button show whole.
+    void promptsFitInEveryLanguage() {
+        setFontSize(9);
+        for (const char* language : {"English", "Spanish", "German", "French", "Dutch", "Polish", "Japanese", "Russian"}) {
+            LanguageTexts t;
+            QVERIFY2(LoadLanguage(language, PX_SOURCE_DIR "/data", t).status == LanguageLoad::Ok, language);
+            UniMsgBox m;
+            const QString prompt = "CallLook " + t.ServiceUnreachable;
+            m.Prepare(nullptr, prompt, 64, "PX callsigns", "Ok");
+            QVERIFY2(clippedTexts(m).isEmpty(), qPrintable(language + (": " + clippedTexts(m).join(" | "))));
+            const int needs = m.lblPrompt->fontMetrics().horizontalAdvance(prompt);
+            QVERIFY(m.lblPrompt->width() >= needs && m.lblPrompt->width() <= std::max(needs + 4, UniMsgBox::kPromptWidth));
+            QCOMPARE(m.outerSize(), QSize(m.lblPrompt->width() + 145, 21 + 160));
+        }
     }
 
     void resultsPerButton() {
