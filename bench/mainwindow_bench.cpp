@@ -7,6 +7,7 @@
 #include "lookup/uclookup.h"
 #include "lookup/callbookserver.h"
 
+#include <QComboBox>
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
@@ -164,8 +165,10 @@ void BM_WebLookup(benchmark::State& state) {
         // Queued: runs once the window's own handler has kept the record.
         auto done = QObject::connect(s.form->lookUp, &ucLookUp::GotPage, &loop, &QEventLoop::quit, Qt::QueuedConnection);
         pictures = 0;
-        s.form->lookUp->setDatabase(2);
-        s.form->lookUp->GetPage("DL1ABC");
+        // Through the window, which only takes the answer to the page it asked for.
+        s.form->cboDB->setCurrentIndex(1);  // QRZ
+        s.values.CurrentCall = QStringLiteral("DL1ABC");
+        s.form->cmdUpdate_Click();
         loop.exec();
         QObject::disconnect(done);
         state.PauseTiming();

@@ -11,6 +11,7 @@ Serves the fixture pages on 127.0.0.1 so that tests and the demo need no interne
   /pictures/L/CALL/CALL.jpg                  station pictures (PICTURES/<call>.jpg)
   /updates/                                  the update page
   /redirect/REST                             301 to /REST (as sites that moved answer)
+  /delay/MS/REST                             /REST, answered MS milliseconds late
 
 The page for CALL is the one PAGES/routes.json names for it, else PAGES/<service>/notfound.html.
 The login-check page is home-loggedin.html or home.html by the service's login state; QRZ
@@ -135,6 +136,13 @@ class Handler(BaseHTTPRequestHandler):
                 if self.server.log:
                     with open(self.server.log, "a") as log:
                         log.write(self.path + "\n")
+        if path.startswith("/delay/"):
+            # /delay/MS/REST: answers as /REST does, MS milliseconds late.
+            _, _, ms, rest = path.split("/", 3)
+            time.sleep(int(ms) / 1000)
+            self.path = "/" + rest + (("?" + url.query) if url.query else "")
+            url = urllib.parse.urlsplit(self.path)
+            path = url.path
         if path.startswith("/redirect/"):
             target = path[len("/redirect"):] + (("?" + url.query) if url.query else "")
             return self.send(301, b"", headers=[("Location", target)])

@@ -301,6 +301,9 @@ void Form1::LookUpCall(const QString& typed) {
 
 void Form1::askService(const QString& call) {
     forgetPendingPage();
+    // The picture of this call may still be on its way: its answer would come back under the
+    // call's name and be taken for the page.
+    lookUp->CancelDownload(call);
     pendingPage_ = call;
     lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
     lookUp->GetPage(call);

@@ -279,6 +279,7 @@ void Form26::cmdLookup_Click() {
     }
     LookupCall = call;
     pendingPage_ = call;
+    lookUp->CancelDownload(call);  // its picture would come back under the same name
     lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
     lookUp->GetPage(LookupCall);
 }

@@ -525,6 +525,27 @@ private slots:
         QVERIFY(form->cmdUpdate->isEnabled());  // G4ABC is still the station to update
     }
 
+    // Update right after a page arrived, while the station's picture is still on its way: the
+    // picture's answer comes under the same name and must not be taken for the page.
+    void updateWhileThePictureIsOnItsWay() {
+        // The page takes longer than the picture, so the first picture lands while Update's
+        // page is awaited.
+        settings::SaveSetting({"Hosts", "QRZ"}, server.url("/delay/1000/qrz"));
+        settings::SaveSetting({"Hosts", "Pictures"}, server.url("/delay/300/pictures"));
+        QVERIFY(loadShown());
+        bool updated = false;
+        connect(form->lookUp, &ucLookUp::GotPage, form.get(), [&] {
+            if (!updated) QTimer::singleShot(0, form.get(), [&] { updated = true; form->cmdUpdate_Click(); });
+        }, Qt::QueuedConnection);
+        enter(*form, "DL1ABC");
+        QTRY_VERIFY_WITH_TIMEOUT(updated, 10000);
+        QVERIFY(settle());
+        QTest::qWait(1000);
+        QCOMPARE(form->lblName->text(), QString::fromUtf8("Hans M\u00fcller"));
+        QCOMPARE(form->lblCall->text(), "DL1ABC  (" + g.Texts.SourceWeb + "QRZ)");
+        QCOMPARE(beeps, QList<int>());
+    }
+
     // An answer that comes after the user moved on changes nothing on screen.
     void lateAnswerChangesNothing() {
         QVERIFY(loadShown());
