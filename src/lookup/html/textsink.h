@@ -28,7 +28,8 @@ public:
     // blanks around it are kept.
     void atom();
     // Shown text; in preformatted text every character shows and line feeds become CR LF,
-    // elsewhere each run of white space becomes one blank, dropped at the start and end of a line.
+    // elsewhere each run of blanks, tabs, CRs and LFs becomes one blank, dropped at the start and
+    // end of a line.
     void text(std::string_view s, bool preformatted);
     // Text that is laid out but not shown (visibility: hidden): it shows nothing, yet a blank in
     // it is the one that the blanks after it collapse into, and its other characters keep the
