@@ -2,18 +2,22 @@
 """Writes the base seeds of fuzz_callbook_page into fuzz/corpus/callbook_page/: every fixture page
 under tests/fixtures/pages with the two header bytes that select its service and call (the long
 pages cut down to a few repeats of each line), plus a few small hand-made pages for the decoder
-and the renderer. Seeds the fuzzer found are kept in the same folder under their hash names;
-this script leaves them alone.
+and the renderer. Writes the seeds of fuzz_html_paths into fuzz/corpus/html_paths/: the same
+pages without header bytes, and every page of tests/conformance/cases.json. Seeds the fuzzer
+found are kept in the same folders under their hash names; this script leaves them alone.
 
 Header bytes (see fuzz_callbook_page.cpp): byte 0 = service | call index << 3,
 byte 1 = content type | order seed << 2."""
 
+import json
 import os
 import re
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 PAGES = os.path.join(HERE, "..", "tests", "fixtures", "pages")
 OUT = os.path.join(HERE, "corpus", "callbook_page")
+PATHS_OUT = os.path.join(HERE, "corpus", "html_paths")
+CASES = os.path.join(HERE, "..", "tests", "conformance", "cases.json")
 
 CALLS = ["", "G4ABC", "LA1ABC", "DL1ABC", "DL2XYZ", "LU1ABC", "F5ABC", "W1XYZ", "KP4ABC", "EA4ABC", "XX9XYZ"]
 PAGE_WORD = 11  # the call is the first word of the page text
@@ -55,8 +59,8 @@ def cut_down(data, keep=3):
     return b"\n".join(out)
 
 
-def write(name, data):
-    with open(os.path.join(OUT, name), "wb") as f:
+def write(name, data, folder=OUT):
+    with open(os.path.join(folder, name), "wb") as f:
         f.write(data)
 
 
@@ -122,11 +126,31 @@ HAND_MADE = {
 }
 
 
+def html_paths_seeds():
+    """Pages alone, for fuzz_html_paths: the fixture pages (cut down), the hand-made ones and the
+    small pages of cases.json, each as UTF-8."""
+    for service in sorted(os.listdir(PAGES)):
+        folder = os.path.join(PAGES, service)
+        if not os.path.isdir(folder):
+            continue
+        for file in sorted(os.listdir(folder)):
+            with open(os.path.join(folder, file), "rb") as f:
+                data = f.read()
+            write(f"page-{service}-{file[:-5]}", cut_down(data) if len(data) > 16384 else data, PATHS_OUT)
+    for name, (_, _, body) in HAND_MADE.items():
+        write(f"hand-{name}", body, PATHS_OUT)
+    with open(CASES, encoding="utf-8") as f:
+        for name, html in json.load(f):
+            write(f"case-{name}", html.encode("utf-8"), PATHS_OUT)
+
+
 def main():
     os.makedirs(OUT, exist_ok=True)
     fixture_seeds()
     for name, (service, call, body) in HAND_MADE.items():
         write(name, header(service, call) + body)
+    os.makedirs(PATHS_OUT, exist_ok=True)
+    html_paths_seeds()
 
 
 if __name__ == "__main__":

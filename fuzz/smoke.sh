@@ -13,11 +13,12 @@ trap 'rm -rf "$scratch"' EXIT
 mkdir -p "$artifacts"
 
 failed=()
-for target in fuzz_callbook_page fuzz_call_file fuzz_language fuzz_appcfg fuzz_nicknames fuzz_call_text; do
+for target in fuzz_callbook_page fuzz_html_paths fuzz_call_file fuzz_language fuzz_appcfg fuzz_nicknames fuzz_call_text; do
   name=${target#fuzz_}
   extra=()
   case "$name" in
     callbook_page) extra=(-max_len=65536 -dict="$here/callbook_page.dict") ;;
+    html_paths) extra=(-max_len=65536 -dict="$here/html_paths.dict") ;;
     call_file) extra=(-max_len=20000) ;;
     language) extra=(-max_len=32768) ;;
     *) extra=(-max_len=4096) ;;

@@ -1,6 +1,7 @@
 #include "lookup/pagecharset.h"
 
 #include "common/cp1252.h"
+#include "lookup/html/ascii.h"
 
 #include <QStringDecoder>
 #include <algorithm>
@@ -13,28 +14,12 @@ namespace {
 
 using std::string_view;
 
-bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
-bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
-bool startsWithNoCase(string_view text, size_t at, string_view prefix) {
-    if (text.size() - std::min(at, text.size()) < prefix.size()) return false;
-    for (size_t i = 0; i < prefix.size(); ++i)
-        if (lower(text[at + i]) != prefix[i]) return false;
-    return true;
-}
-
-string_view trimmed(string_view s) {
-    while (!s.empty() && isSpace(s.front())) s.remove_prefix(1);
-    while (!s.empty() && isSpace(s.back())) s.remove_suffix(1);
-    return s;
-}
-
-std::string lowered(string_view s) {
-    std::string out(s);
-    std::transform(out.begin(), out.end(), out.begin(), lower);
-    return out;
-}
+using html::isLetter;
+using html::isSpace;
+using html::lower;
+using html::lowered;
+using html::startsWithNoCase;
+using html::trimmed;
 
 // The value after "charset" in a Content-Type text (also the content attribute of a <meta>).
 QByteArray charsetParameter(string_view text) {
@@ -115,6 +100,15 @@ QString decodeAs(const Encoding& encoding, QByteArrayView bytes) {
 
 // Reads one attribute of a tag at `i` (just behind the tag name or a previous attribute).
 // Returns false at the end of the tag; `i` is then behind its '>'.
+//
+// Not html::behindTag, the prescan's walk through a tag (lookup/html/tags.h): the two read a
+// tag alike except at two edges, and neither may change without changing which charset, or
+// which text, a page gives. Here a '=' where a name would start begins the value of an empty
+// name, where behindTag makes it the name's first character (`<meta =' charset=koi8-r '>`
+// names no charset here, and would through behindTag); and an attribute cut off by the end of
+// the text (the scan stops at kMetaScanBytes, where a <meta> may be cut short) is still read
+// here, while behindTag never reports an attribute of a tag that is not closed. This one also
+// needs the values, which behindTag does not collect.
 bool nextAttribute(string_view page, size_t& i, std::string& name, std::string& value) {
     while (i < page.size() && (isSpace(page[i]) || page[i] == '/')) ++i;
     if (i >= page.size()) return false;

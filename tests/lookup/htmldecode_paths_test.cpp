@@ -1,0 +1,53 @@
+// The two ways to a page's text give the same text: the marks path (runs of text stand as one
+// private-use character each while the page is parsed, attributes nothing reads are dropped)
+// and the plain path (the page parsed as it is, but for the changes that make the parser read
+// it as a browser does). HTMLDecode takes the marks path whenever the parser read the marked
+// page as the prescan expected; on every fixture page and every page of cases.json, what it
+// gives must be what the plain path gives.
+#include "conformance/pages.h"
+#include "lookup/html/render.h"
+
+#include <QByteArray>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace {
+
+using conformance::Page;
+
+// The pages whose text comes from the plain path, and why; every other page must take the
+// marks path, so that comparing the two says something about it.
+struct PlainPage {
+    const char *name, *why;
+};
+constexpr PlainPage kPlainPages[] = {
+    {"private_use_characters", "the page's own private-use characters would pass for marks"},
+    {"script_ending_at_its_second_end_tag",
+     "the prescan ends the <script> at its first end tag, the parser (after \"<!--<script>\" in it) at its second"},
+};
+
+bool takesPlainPath(const std::string& name) {
+    return std::any_of(std::begin(kPlainPages), std::end(kPlainPages), [&](const PlainPage& p) { return name == p.name; });
+}
+
+lookup::html::Rendering render(const Page& page, bool marks) {
+    const QByteArray utf8 = page.html.toUtf8();
+    return lookup::html::renderUtf8(std::string_view(utf8.constData(), static_cast<size_t>(utf8.size())), marks);
+}
+
+class MarksAndPlainPath : public testing::TestWithParam<Page> {};
+
+TEST_P(MarksAndPlainPath, GiveTheSameText) {
+    const lookup::html::Rendering marked = render(GetParam(), true), plain = render(GetParam(), false);
+    EXPECT_FALSE(plain.fromMarks);
+    EXPECT_EQ(marked.fromMarks, !takesPlainPath(GetParam().name)) << "marks path taken";
+    EXPECT_TRUE(conformance::sameLines(marked.text.split(QStringLiteral("\r\n")), plain.text.split(QStringLiteral("\r\n"))))
+        << (marked.fromMarks ? "marks path" : "plain path both times");
+}
+
+INSTANTIATE_TEST_SUITE_P(FixturePages, MarksAndPlainPath, testing::ValuesIn(conformance::fixturePages()), conformance::nameOf);
+INSTANTIATE_TEST_SUITE_P(Cases, MarksAndPlainPath, testing::ValuesIn(conformance::casePages()), conformance::nameOf);
+
+}  // namespace
