@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QProcess>
 #include <QThread>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
@@ -84,9 +85,29 @@ TEST(PlatformTest, DisplayAvailable) {
     restore("DISPLAY", savedDisplay);
 }
 
-TEST(PlatformTest, ToneArgumentsAndNoDevice) {
+// The tone goes to ALSA's default device. Here that is an ALSA configuration of the test's own: a
+// device that writes what it plays to a file. (ALSA reads its configuration once a process.)
+TEST(PlatformTest, ToneOnTheDefaultDevice) {
     EXPECT_FALSE(platform::PlayTone(0, 100) || platform::PlayTone(700, 0) || platform::PlayTone(700, 60000));
-    (void)platform::PlayTone(700, 20);  // comes back with or without a sound device
+    QTemporaryDir dir;
+    const QString config = dir.path() + "/alsa.conf", played = dir.path() + "/tone.raw";
+    testutil::writeFile(config, "pcm.!default { type file slave.pcm \"sink\" file \"" + played.toUtf8() +
+                          "\" format \"raw\" }\npcm.sink { type null }\n");
+    qputenv("ALSA_CONFIG_PATH", config.toUtf8());
+    ASSERT_TRUE(platform::PlayTone(700, 100));
+    const QByteArray bytes = testutil::readFile(played);
+    ASSERT_EQ(bytes.size(), 2205 * 2);  // 100 ms of 16-bit mono at 22,050 Hz
+    const auto* samples = reinterpret_cast<const int16_t*>(bytes.constData());
+    int crossings = 0, peak = 0;
+    for (int i = 1; i < 2205; ++i) {
+        crossings += (samples[i - 1] < 0) != (samples[i] < 0);
+        peak = std::max(peak, std::abs(int(samples[i])));
+    }
+    EXPECT_NEAR(crossings, 140, 2);  // 700 Hz: 70 periods, two crossings each
+    EXPECT_TRUE(peak > 8900 && peak <= 9000) << peak;
+    EXPECT_EQ(samples[0], 0);  // faded in: no click
+    EXPECT_LT(std::abs(int(samples[2204])), 300);  // and out
+    qunsetenv("ALSA_CONFIG_PATH");
 }
 
 }  // namespace

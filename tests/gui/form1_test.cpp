@@ -269,13 +269,12 @@ private slots:
             QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), g.Texts.NotFound + " G4ABC", 10000);
         }
         QVERIFY(settle());
-        QVERIFY(form->cmdUpdate->isEnabled() || !inFile);
+        QCOMPARE(form->cmdUpdate->isEnabled(), inFile);  // nothing shown: nothing to update
         QCOMPARE(readFile(g.callFilePath()), dbBefore);
     }
 
-    // One window through a session: calls from the file and from the service, pictures, the setup and editor
-    // windows, and the close.
-    void lookupsAndWindows() {
+    // Calls from the file and from the service: what is shown, kept and asked for.
+    void callsFromTheFileAndTheService() {
         QVERIFY(loadShown());
         QCOMPARE(form->lblStatus->text(), QString(g.Texts.LoggedIn).replace("***", "QRZ"));
         // F8 on a call in the file asks no service, not even for a picture none is cached of.
@@ -326,7 +325,11 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(form->lblCall->text(), "DL1ABC  (" + g.Texts.SourceWeb + "HamCall)", 10000);
         QCOMPARE(settings::GetSetting(settings::kServiceIndex, ""), QString("4"));
         QVERIFY(settle());
+    }
 
+    // A cached picture of fewer than 2001 bytes is the service's placeholder: fetched again.
+    void placeholderPicturesAreFetchedAgain() {
+        QVERIFY(loadShown());
         const QString cache = data + "/images/qrzImages/G4ABC.jpg";
         // 2000 bytes: the service's placeholder, fetched again and replaced by the picture.
         writeFile(cache, QByteArray(2000, 'x'));
@@ -340,7 +343,12 @@ private slots:
         form->lookUp->RequestKind.clear();
         QTest::keyClick(form->txtCall, Qt::Key_Return);
         QCOMPARE(form->lookUp->RequestKind, QString());
+    }
 
+    // The setup window's position and the editor's nicknames reach the main window.
+    void theOtherWindowsReachTheMainWindow() {
+        QVERIFY(loadShown());
+        enter(*form, "G4ABC");
         // A new own position reaches the distance line.
         form->MnuSetupClick(0);
         form->MnuSetupClick(0);
@@ -369,7 +377,10 @@ private slots:
         QCOMPARE(form->lblName->text(), QString("John Q Example  (Long)"));
         enter(*form, "JA1XYZ");
         QCOMPARE(form->lblName->text(), QString("Taro Rei"));  // three parts: no nickname
+    }
 
+    void closeHidesAndQuitEnds() {
+        QVERIFY(loadShown());
         // The title bar's close only hides; the setup menu's last item, Quit, unloads the window
         // and closes the others too.
         QWidget other;
@@ -377,7 +388,9 @@ private slots:
         other.show();
         QVERIFY(QTest::qWaitForWindowExposed(form.get()));
         QVERIFY(!form->close());
-        QVERIFY(!form->isVisible() || form->isMinimized());
+        // Into the tray where one is shown, else onto the task bar.
+        if (form->trayIcon()) QVERIFY(form->isHidden());
+        else QVERIFY(form->isVisible() && form->isMinimized());
         QVERIFY(QApplication::topLevelWidgets().contains(form.get()));
         form->MnuSetupClick(3);
         QVERIFY(!other.isVisible());
