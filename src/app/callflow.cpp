@@ -1,19 +1,19 @@
 #include "app/callflow.h"
 
+#include "common/callchars.h"
 #include "common/vbtext.h"
 
 #include <QLocale>
 #include <cmath>
 
 QString CallFromClipboardText(const QString& text) {
-    constexpr char16_t kSlashedZero = 216;
     QString call = text.toUpper();
-    call.replace(u'0', QChar(kSlashedZero));
+    call.replace(u'0', QChar(kSlashedO));
     if (call.startsWith(QLatin1String("DE "))) call = call.mid(3);
     qsizetype end = 0;
     while (end < call.size()) {
         const char16_t c = call[end].unicode();
-        if ((c < u'0' || c > u'z') && c != kSlashedZero) break;
+        if ((c < u'0' || c > u'z') && c != kSlashedO) break;
         ++end;
     }
     return call.left(end);
