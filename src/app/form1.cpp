@@ -43,35 +43,23 @@
 #include <QTimer>
 #include <cmath>
 
-namespace {
-
-QLabel* makeLabel(QWidget* parent, const char* name) {
-    auto* label = new QLabel(parent);
-    label->setObjectName(QLatin1String(name));
-    // Texts come from web pages and files: never let them be read as markup.
-    label->setTextFormat(Qt::PlainText);
-    return label;
-}
-
-}  // namespace
-
 Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values) {
     setObjectName(QStringLiteral("Form1"));
     setWindowTitle(QStringLiteral("PX Callsigns"));
     showFailure = [this](const QString& text, const QString& title) {
-        ShowUniMsgBox(this, text, 48, title, QStringLiteral("OK"));
+        ShowUniMsgBox(this, text, msgbox::kIconExclamation, title, QStringLiteral("OK"));
     };
 
-    lblCall = makeLabel(this, "lblCall");
-    lblName = makeLabel(this, "lblName");
-    lblAdd1 = makeLabel(this, "lblAdd1");
-    lblAdd2 = makeLabel(this, "lblAdd2");
-    lblCtry = makeLabel(this, "lblCtry");
-    lblDxAz = makeLabel(this, "lblDxAz");
-    lblStatus = makeLabel(this, "lblStatus");
-    lblMaps = makeLabel(this, "lblMaps");
-    lblSetup = makeLabel(this, "lblSetup");
-    Image1 = makeLabel(this, "Image1");
+    lblCall = MakePlainLabel(this, "lblCall");
+    lblName = MakePlainLabel(this, "lblName");
+    lblAdd1 = MakePlainLabel(this, "lblAdd1");
+    lblAdd2 = MakePlainLabel(this, "lblAdd2");
+    lblCtry = MakePlainLabel(this, "lblCtry");
+    lblDxAz = MakePlainLabel(this, "lblDxAz");
+    lblStatus = MakePlainLabel(this, "lblStatus");
+    lblMaps = MakePlainLabel(this, "lblMaps");
+    lblSetup = MakePlainLabel(this, "lblSetup");
+    Image1 = MakePlainLabel(this, "Image1");
     Image1->hide();
     txtCall = new QLineEdit(this);
     txtCall->setObjectName(QStringLiteral("txtCall"));
@@ -128,7 +116,7 @@ bool Form1::Form_Load() {
     // 1. Always on top.
     SetTopMost(this, true);
     // 2. The data folder.
-    g_.DataPath = platform::GetAppDataFolder() + QStringLiteral("/Norvane");
+    g_.DataPath = UserDataFolder();
     // 3. Pictaro's folder and the distance unit.
     const QString install = settings::GetSetting(settings::kPictaroInstall, platform::DefaultPictaroInstall());
     g_.DistUnit = settings::GetInt16Setting(settings::kUnit, 1);
@@ -146,7 +134,7 @@ bool Form1::Form_Load() {
     // 6. The menu font.
     const MenuFont menuFont = GetMenuFont();
     if (menuFont.faceName.isEmpty() || menuFont.pointSize <= 0) {
-        ShowUniMsgBox(this, QString(200, u' '), 0, QString(), QStringLiteral("OK"));
+        ShowUniMsgBox(this, QString(200, u' '), msgbox::kNoIcon, QString(), QStringLiteral("OK"));
     } else {
         g_.MenuFontName = menuFont.faceName;
         g_.MenuFontSize = menuFont.pointSize;
@@ -201,7 +189,7 @@ bool Form1::Form_Load() {
     g_.MyLat = own.lat;
     g_.MyLon = own.lon;
     // 13. Services; choosing one runs the box's click handler.
-    for (const char* service : kServices) cboDB->addItem(QLatin1String(service));
+    for (const CallbookService& service : kServices) cboDB->addItem(QLatin1String(service.boxName));
     int16_t index = settings::GetInt16Setting(settings::kServiceIndex, 1);
     if (index < 0 || index >= static_cast<int>(kServices.size())) index = 1;
     connect(cboDB, &QComboBox::activated, this, &Form1::cboDB_Click);
@@ -240,7 +228,7 @@ QString Form1::updateCaption() const {
     return QString(g_.Texts.UpdateButton).replace(QStringLiteral("***"), u' ' + cboDB->currentText());
 }
 
-void Form1::failureBeep() { sound::Beep(700, 100); }
+void Form1::failureBeep() { sound::FailureBeep(); }
 
 void Form1::clearStation() {
     pictureOf_.clear();
@@ -367,10 +355,7 @@ void Form1::cboDB_Click(int index) {
 }
 
 void Form1::onLoginChecked(const QString&, bool loggedIn) {
-    QString text;
-    if (g_.ServiceNo == 3) text = g_.Texts.LoginNotNeededQrzcq;
-    else if (g_.ServiceNo == 4) text = g_.Texts.LoginNotNeededCallook;
-    else text = loggedIn ? g_.Texts.LoggedIn : g_.Texts.NotLoggedIn;
+    QString text = LoginStatus(g_.Texts, g_.ServiceNo, loggedIn);
     lblStatus->setText(text.replace(QStringLiteral("***"), g_.ServiceName));
     busy_.set(false);
 }
@@ -385,13 +370,13 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
     if (loggedIn) {
         lblStatus->setText(g_.Texts.LookupOk);
     } else {
-        lblStatus->setText(g_.ServiceNo == 3 ? g_.Texts.LookupFailedQrzcq : g_.Texts.LookupFailed);
-        if (g_.ServiceNo != 3 && g_.ServiceNo != 4) {
+        lblStatus->setText(LoggedOutPageStatus(g_.Texts, g_.ServiceNo));
+        const CallbookService* service = ServiceByNumber(g_.ServiceNo);
+        if (!service || !service->keepsWindowWhenLoggedOut) {
             clearStation();
             failureBeep();
             busy_.set(false);
         }
-        if (g_.ServiceNo == 4) lblStatus->setText(g_.Texts.CallookStatus);
     }
     if (call.isEmpty()) return;
     lblCall->setText(call + QStringLiteral("  (") + g_.Texts.SourceWeb + g_.ServiceName + u')');
@@ -422,7 +407,7 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
     }
     CallDatabase db(g_.callFilePath());
     if (!StoreStation(db, station))
-        ShowUniMsgBox(this, db.lastError(), 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+        ShowUniMsgBox(this, db.lastError(), msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
     cmdUpdate->setEnabled(true);
     // The picture follows in the background; the window is ready for the next call.
     busy_.set(false);
@@ -553,7 +538,7 @@ void Form1::MnuSetupClick(int item) {
             QString error;
             if (nicknamesChanged &&
                 !SaveNicknames(g_.DataPath + QStringLiteral("/nicknames.txt"), lstNicknames, &error))
-                ShowUniMsgBox(this, error, 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+                ShowUniMsgBox(this, error, msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
         });
         form26->Form_Load();
         PlaceWindowBeside(form26, this);

@@ -3,6 +3,7 @@
 #include "app/form1.h"
 
 #include "app/settings.h"
+#include "lookup/services.h"
 #include "common/vbtext.h"
 #include "ui/helpwindow.h"
 #include "ui/windowhelpers.h"
@@ -98,8 +99,8 @@ void Form1::fitStripToTexts() {
     // The update button as wide as its widest caption, whichever service is chosen.
     const QString caption = cmdUpdate->text();
     int button = 0;
-    for (const char* service : kServices) {
-        cmdUpdate->setText(QString(t.UpdateButton).replace(QStringLiteral("***"), u' ' + QLatin1String(service)));
+    for (const CallbookService& service : kServices) {
+        cmdUpdate->setText(QString(t.UpdateButton).replace(QStringLiteral("***"), u' ' + QLatin1String(service.boxName)));
         button = std::max(button, cmdUpdate->sizeHint().width());
     }
     cmdUpdate->setText(caption);
@@ -107,8 +108,8 @@ void Form1::fitStripToTexts() {
     // The language's texts in the lines: one line each, the status two lines at most.
     const QString call = QStringLiteral("WW0WWW");
     int lines = 0;
-    for (const char* service : kServices) {
-        const QString name = QLatin1String(service);
+    for (const CallbookService& service : kServices) {
+        const QString name = QLatin1String(service.boxName);
         for (const QString& text : {t.Ready, QString(t.LookingUp).replace(QStringLiteral("???"), call), t.LoginRequired,
                                     QString(t.Contacting).replace(QStringLiteral("***"), name) + QStringLiteral(". . ."),
                                     t.NotFound + u' ' + call, call + QStringLiteral("  (") + t.SourceDatabase + u')',

@@ -179,15 +179,7 @@ void Form2::onGotPage(const QString& call, bool) {
     }
     txtLat->setText(CoordinateText(reading.station->lat));
     txtLon->setText(CoordinateText(reading.station->lon));
-    QString status;
-    switch (g_.ServiceNo) {
-    case 1:
-    case 2:
-    case 5: status = g_.Texts.SetupPositionFound; break;
-    case 3: status = g_.Texts.SetupPositionQrzcq; break;
-    case 4: status = g_.Texts.CallookStatus; break;
-    default: status = g_.Texts.LookupFailed;
-    }
+    QString status = OwnPositionStatus(g_.Texts, g_.ServiceNo);
     Label3->setText(u'\n' + status.replace(QStringLiteral("***"), g_.MyCall));
 }
 
