@@ -2,6 +2,7 @@
 
 #include "common/callchars.h"
 #include "common/vbtext.h"
+#include "geo/distanceazimuth.h"
 
 #include <QLocale>
 #include <cmath>
@@ -38,6 +39,12 @@ QString NicknameSuffix(const QStringList& nicknames, const QString& call) {
         return parts.size() == 2 ? QStringLiteral("  (") + parts[1] + u')' : QString();
     }
     return {};
+}
+
+QString DxAzLine(double myLat, double myLon, double lat, double lon, int unit) {
+    double distance = 0, azimuth = 0;
+    DistanceAzimuth(myLat, myLon, lat, lon, unit, distance, azimuth);
+    return FormatDxAz(distance, azimuth, unit);
 }
 
 std::optional<QString> WebMapLink(int item, double lat, double lon, const QString& add1, const QString& add2,

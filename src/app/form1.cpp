@@ -11,7 +11,6 @@
 #include "common/vbtext.h"
 #include "db/calldatabase.h"
 #include "db/storestation.h"
-#include "geo/distanceazimuth.h"
 #include "lookup/cleancall.h"
 #include "lookup/stationreader.h"
 #include "lookup/uclookup.h"
@@ -50,46 +49,7 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
         ShowUniMsgBox(this, text, msgbox::kIconExclamation, title, QStringLiteral("OK"));
     };
 
-    lblCall = MakePlainLabel(this, "lblCall");
-    lblName = MakePlainLabel(this, "lblName");
-    lblAdd1 = MakePlainLabel(this, "lblAdd1");
-    lblAdd2 = MakePlainLabel(this, "lblAdd2");
-    lblCtry = MakePlainLabel(this, "lblCtry");
-    lblDxAz = MakePlainLabel(this, "lblDxAz");
-    lblStatus = MakePlainLabel(this, "lblStatus");
-    lblMaps = MakePlainLabel(this, "lblMaps");
-    lblSetup = MakePlainLabel(this, "lblSetup");
-    Image1 = MakePlainLabel(this, "Image1");
-    Image1->hide();
-    txtCall = new QLineEdit(this);
-    txtCall->setObjectName(QStringLiteral("txtCall"));
-    txtCall->setMaxLength(32);
-    cmdUpdate = new QPushButton(this);
-    cmdUpdate->setObjectName(QStringLiteral("cmdUpdate"));
-    cboDB = new QComboBox(this);
-    cboDB->setObjectName(QStringLiteral("cboDB"));
-    tmrMenus = new QTimer(this);
-    tmrMenus->setObjectName(QStringLiteral("tmrMenus"));
-    tmrMenus->setInterval(200);
-    connect(tmrMenus, &QTimer::timeout, this, &Form1::tmrMenus_Timer);
-    tmrTray = new QTimer(this);
-    tmrTray->setObjectName(QStringLiteral("tmrTray"));
-    tmrTray->setInterval(2000);
-    connect(tmrTray, &QTimer::timeout, this, &Form1::UpdateTray);
-    trayAvailable = &QSystemTrayIcon::isSystemTrayAvailable;
-    openWithDesktop = &QDesktopServices::openUrl;
-    // A drag moves the window many times a second: its place is saved once it rests.
-    tmrPosition = new QTimer(this);
-    tmrPosition->setObjectName(QStringLiteral("tmrPosition"));
-    tmrPosition->setSingleShot(true);
-    tmrPosition->setInterval(500);
-    connect(tmrPosition, &QTimer::timeout, this, &Form1::savePosition);
-    pic1 = new QWidget(this);
-    pic1->setObjectName(QStringLiteral("pic1"));
-    pic1->lower();
-    Image1->setScaledContents(true);
-    Image1->setCursor(Qt::PointingHandCursor);
-    for (QLabel* clickable : {Image1, lblMaps, lblSetup}) clickable->installEventFilter(this);
+    createControls();
 
     lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
     connect(lookUp, &ucLookUp::LoginChecked, this, &Form1::onLoginChecked);
@@ -101,15 +61,6 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     connect(lookUp, &ucLookUp::SiteNotFound, this, &Form1::onSiteNotFound);
     connect(lookUp, &ucLookUp::NoPic, this, &Form1::onNoPic);
     helpFile = DefaultDataFolder(QCoreApplication::applicationDirPath()) + QStringLiteral("/Help.txt");
-
-    QFont callFont = lblCall->font();
-    callFont.setBold(true);
-    lblCall->setFont(callFont);
-
-    connect(txtCall, &QLineEdit::returnPressed, this, &Form1::txtCall_Enter);
-    // A call can be typed as soon as the window shows; F8 reaches the window from the box too.
-    txtCall->setFocus();
-    connect(cmdUpdate, &QPushButton::clicked, this, &Form1::cmdUpdate_Click);
 }
 
 bool Form1::Form_Load() {
@@ -144,7 +95,7 @@ bool Form1::Form_Load() {
         setFont(f);
     }
     // 7. Nicknames.
-    const QString nicknamePath = g_.DataPath + QStringLiteral("/nicknames.txt");
+    const QString nicknamePath = g_.nicknamesPath();
     const auto nicknames = ReadNicknames(nicknamePath);
     if (!nicknames) {
         showFailure(QStringLiteral("File not found\r\n") + nicknamePath, QLatin1String(kFailureTitle));
@@ -315,9 +266,7 @@ void Form1::ShowDbRecord(const CallRecord& record) {
     lblCtry->setText(record.Ctry());
     g_.OtherLat = vb::val(record.Lat());
     g_.OtherLon = vb::val(record.Lon());
-    double distance = 0, azimuth = 0;
-    DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
-    lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
+    lblDxAz->setText(DxAzLine(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit));
     showPictureFromCache();
     busy_.set(false);
 }
@@ -400,11 +349,8 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
     g_.OtherLat = station.lat;
     g_.OtherLon = station.lon;
     lblDxAz->clear();
-    if (g_.OtherLat != 0 && g_.OtherLon != 0) {
-        double distance = 0, azimuth = 0;
-        DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
-        lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
-    }
+    if (g_.OtherLat != 0 && g_.OtherLon != 0)
+        lblDxAz->setText(DxAzLine(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit));
     CallDatabase db(g_.callFilePath());
     if (!StoreStation(db, station))
         ShowUniMsgBox(this, db.lastError(), msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
@@ -537,7 +483,7 @@ void Form1::MnuSetupClick(int item) {
             // The nickname list is the main window's: it goes back to its file when it changed.
             QString error;
             if (nicknamesChanged &&
-                !SaveNicknames(g_.DataPath + QStringLiteral("/nicknames.txt"), lstNicknames, &error))
+                !SaveNicknames(g_.nicknamesPath(), lstNicknames, &error))
                 ShowUniMsgBox(this, error, msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
         });
         form26->Form_Load();
@@ -551,9 +497,7 @@ void Form1::MnuSetupClick(int item) {
 void Form1::RefreshDistance() {
     // The own position or the unit may have changed: the station on show gets a new line.
     if (lblDxAz->text().isEmpty() || (g_.OtherLat == 0 && g_.OtherLon == 0)) return;
-    double distance = 0, azimuth = 0;
-    DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
-    lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
+    lblDxAz->setText(DxAzLine(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit));
 }
 
 void Form1::Unload() {

@@ -130,6 +130,7 @@ private:
     void tmrMenus_Timer();
     void failureBeep();
     void createTrayIcon();
+    void createControls();  // every control, its timers and what they call
     void layOutControls();
     void clearStation();
     QString updateCaption() const;
