@@ -1,19 +1,20 @@
 #include "app/callflow.h"
 
+#include "common/callchars.h"
 #include "common/vbtext.h"
+#include "geo/distanceazimuth.h"
 
 #include <QLocale>
 #include <cmath>
 
 QString CallFromClipboardText(const QString& text) {
-    constexpr char16_t kSlashedZero = 216;
     QString call = text.toUpper();
-    call.replace(u'0', QChar(kSlashedZero));
+    call.replace(u'0', QChar(kSlashedO));
     if (call.startsWith(QLatin1String("DE "))) call = call.mid(3);
     qsizetype end = 0;
     while (end < call.size()) {
         const char16_t c = call[end].unicode();
-        if ((c < u'0' || c > u'z') && c != kSlashedZero) break;
+        if ((c < u'0' || c > u'z') && c != kSlashedO) break;
         ++end;
     }
     return call.left(end);
@@ -38,6 +39,12 @@ QString NicknameSuffix(const QStringList& nicknames, const QString& call) {
         return parts.size() == 2 ? QStringLiteral("  (") + parts[1] + u')' : QString();
     }
     return {};
+}
+
+QString DxAzLine(double myLat, double myLon, double lat, double lon, int unit) {
+    double distance = 0, azimuth = 0;
+    DistanceAzimuth(myLat, myLon, lat, lon, unit, distance, azimuth);
+    return FormatDxAz(distance, azimuth, unit);
 }
 
 std::optional<QString> WebMapLink(int item, double lat, double lon, const QString& add1, const QString& add2,

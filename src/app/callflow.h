@@ -17,6 +17,9 @@ QString CallFromClipboardText(const QString& text);
 // default locale (the user's, unless QLocale::setDefault chose another).
 QString FormatDxAz(double distance, double azimuth, int unit);
 
+// The distance line from the own position (myLat, myLon) to the station's (lat, lon).
+QString DxAzLine(double myLat, double myLon, double lat, double lon, int unit);
+
 // "  (nickname)" for the first nickname entry that begins with call (compared without regard to
 // case) when it splits at "*" into exactly two parts, else "".
 QString NicknameSuffix(const QStringList& nicknames, const QString& call);

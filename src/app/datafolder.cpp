@@ -6,8 +6,9 @@
 #include <QFileInfo>
 
 QString DefaultDataFolder(const QString& applicationDir) {
-    for (const QString& candidate : {applicationDir + QStringLiteral("/share/Norvane"),
-                                     applicationDir + QStringLiteral("/../share/pxcallsigns/Norvane")}) {
+    const QString name = QLatin1String(kDataFolderName);
+    for (const QString& candidate : {applicationDir + QStringLiteral("/share/") + name,
+                                     applicationDir + QStringLiteral("/../share/pxcallsigns/") + name}) {
         if (QFileInfo(candidate).isDir()) return QDir(candidate).absolutePath();
     }
     return {};

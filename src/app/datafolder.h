@@ -1,6 +1,14 @@
 #pragma once
 // The default data folder that ships with the program, and the first-run copy of it.
+#include "platform/platform.h"
+
 #include <QString>
+
+// The name of the data folder, in the user's roaming application data and in the shipped tree.
+inline constexpr char kDataFolderName[] = "Norvane";
+
+// The user's data folder: <roaming application data>/Norvane, no trailing separator.
+inline QString UserDataFolder() { return platform::GetAppDataFolder() + u'/' + QLatin1String(kDataFolderName); }
 
 // The shipped default data folder: beside the executable in the build tree (share/Norvane) or in
 // an installed tree (../share/pxcallsigns/Norvane). "" when neither exists.

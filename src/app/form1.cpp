@@ -11,7 +11,6 @@
 #include "common/vbtext.h"
 #include "db/calldatabase.h"
 #include "db/storestation.h"
-#include "geo/distanceazimuth.h"
 #include "lookup/cleancall.h"
 #include "lookup/stationreader.h"
 #include "lookup/uclookup.h"
@@ -43,65 +42,14 @@
 #include <QTimer>
 #include <cmath>
 
-namespace {
-
-QLabel* makeLabel(QWidget* parent, const char* name) {
-    auto* label = new QLabel(parent);
-    label->setObjectName(QLatin1String(name));
-    // Texts come from web pages and files: never let them be read as markup.
-    label->setTextFormat(Qt::PlainText);
-    return label;
-}
-
-}  // namespace
-
 Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values) {
     setObjectName(QStringLiteral("Form1"));
     setWindowTitle(QStringLiteral("PX Callsigns"));
     showFailure = [this](const QString& text, const QString& title) {
-        ShowUniMsgBox(this, text, 48, title, QStringLiteral("OK"));
+        ShowUniMsgBox(this, text, msgbox::kIconExclamation, title, QStringLiteral("OK"));
     };
 
-    lblCall = makeLabel(this, "lblCall");
-    lblName = makeLabel(this, "lblName");
-    lblAdd1 = makeLabel(this, "lblAdd1");
-    lblAdd2 = makeLabel(this, "lblAdd2");
-    lblCtry = makeLabel(this, "lblCtry");
-    lblDxAz = makeLabel(this, "lblDxAz");
-    lblStatus = makeLabel(this, "lblStatus");
-    lblMaps = makeLabel(this, "lblMaps");
-    lblSetup = makeLabel(this, "lblSetup");
-    Image1 = makeLabel(this, "Image1");
-    Image1->hide();
-    txtCall = new QLineEdit(this);
-    txtCall->setObjectName(QStringLiteral("txtCall"));
-    txtCall->setMaxLength(32);
-    cmdUpdate = new QPushButton(this);
-    cmdUpdate->setObjectName(QStringLiteral("cmdUpdate"));
-    cboDB = new QComboBox(this);
-    cboDB->setObjectName(QStringLiteral("cboDB"));
-    tmrMenus = new QTimer(this);
-    tmrMenus->setObjectName(QStringLiteral("tmrMenus"));
-    tmrMenus->setInterval(200);
-    connect(tmrMenus, &QTimer::timeout, this, &Form1::tmrMenus_Timer);
-    tmrTray = new QTimer(this);
-    tmrTray->setObjectName(QStringLiteral("tmrTray"));
-    tmrTray->setInterval(2000);
-    connect(tmrTray, &QTimer::timeout, this, &Form1::UpdateTray);
-    trayAvailable = &QSystemTrayIcon::isSystemTrayAvailable;
-    openWithDesktop = &QDesktopServices::openUrl;
-    // A drag moves the window many times a second: its place is saved once it rests.
-    tmrPosition = new QTimer(this);
-    tmrPosition->setObjectName(QStringLiteral("tmrPosition"));
-    tmrPosition->setSingleShot(true);
-    tmrPosition->setInterval(500);
-    connect(tmrPosition, &QTimer::timeout, this, &Form1::savePosition);
-    pic1 = new QWidget(this);
-    pic1->setObjectName(QStringLiteral("pic1"));
-    pic1->lower();
-    Image1->setScaledContents(true);
-    Image1->setCursor(Qt::PointingHandCursor);
-    for (QLabel* clickable : {Image1, lblMaps, lblSetup}) clickable->installEventFilter(this);
+    createControls();
 
     lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
     connect(lookUp, &ucLookUp::LoginChecked, this, &Form1::onLoginChecked);
@@ -113,22 +61,13 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     connect(lookUp, &ucLookUp::SiteNotFound, this, &Form1::onSiteNotFound);
     connect(lookUp, &ucLookUp::NoPic, this, &Form1::onNoPic);
     helpFile = DefaultDataFolder(QCoreApplication::applicationDirPath()) + QStringLiteral("/Help.txt");
-
-    QFont callFont = lblCall->font();
-    callFont.setBold(true);
-    lblCall->setFont(callFont);
-
-    connect(txtCall, &QLineEdit::returnPressed, this, &Form1::txtCall_Enter);
-    // A call can be typed as soon as the window shows; F8 reaches the window from the box too.
-    txtCall->setFocus();
-    connect(cmdUpdate, &QPushButton::clicked, this, &Form1::cmdUpdate_Click);
 }
 
 bool Form1::Form_Load() {
     // 1. Always on top.
     SetTopMost(this, true);
     // 2. The data folder.
-    g_.DataPath = platform::GetAppDataFolder() + QStringLiteral("/Norvane");
+    g_.DataPath = UserDataFolder();
     // 3. Pictaro's folder and the distance unit.
     const QString install = settings::GetSetting(settings::kPictaroInstall, platform::DefaultPictaroInstall());
     g_.DistUnit = settings::GetInt16Setting(settings::kUnit, 1);
@@ -146,7 +85,7 @@ bool Form1::Form_Load() {
     // 6. The menu font.
     const MenuFont menuFont = GetMenuFont();
     if (menuFont.faceName.isEmpty() || menuFont.pointSize <= 0) {
-        ShowUniMsgBox(this, QString(200, u' '), 0, QString(), QStringLiteral("OK"));
+        ShowUniMsgBox(this, QString(200, u' '), msgbox::kNoIcon, QString(), QStringLiteral("OK"));
     } else {
         g_.MenuFontName = menuFont.faceName;
         g_.MenuFontSize = menuFont.pointSize;
@@ -156,7 +95,7 @@ bool Form1::Form_Load() {
         setFont(f);
     }
     // 7. Nicknames.
-    const QString nicknamePath = g_.DataPath + QStringLiteral("/nicknames.txt");
+    const QString nicknamePath = g_.nicknamesPath();
     const auto nicknames = ReadNicknames(nicknamePath);
     if (!nicknames) {
         showFailure(QStringLiteral("File not found\r\n") + nicknamePath, QLatin1String(kFailureTitle));
@@ -201,7 +140,7 @@ bool Form1::Form_Load() {
     g_.MyLat = own.lat;
     g_.MyLon = own.lon;
     // 13. Services; choosing one runs the box's click handler.
-    for (const char* service : kServices) cboDB->addItem(QLatin1String(service));
+    for (const CallbookService& service : kServices) cboDB->addItem(QLatin1String(service.boxName));
     int16_t index = settings::GetInt16Setting(settings::kServiceIndex, 1);
     if (index < 0 || index >= static_cast<int>(kServices.size())) index = 1;
     connect(cboDB, &QComboBox::activated, this, &Form1::cboDB_Click);
@@ -240,7 +179,7 @@ QString Form1::updateCaption() const {
     return QString(g_.Texts.UpdateButton).replace(QStringLiteral("***"), u' ' + cboDB->currentText());
 }
 
-void Form1::failureBeep() { sound::Beep(700, 100); }
+void Form1::failureBeep() { sound::FailureBeep(); }
 
 void Form1::clearStation() {
     pictureOf_.clear();
@@ -327,9 +266,7 @@ void Form1::ShowDbRecord(const CallRecord& record) {
     lblCtry->setText(record.Ctry());
     g_.OtherLat = vb::val(record.Lat());
     g_.OtherLon = vb::val(record.Lon());
-    double distance = 0, azimuth = 0;
-    DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
-    lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
+    lblDxAz->setText(DxAzLine(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit));
     showPictureFromCache();
     busy_.set(false);
 }
@@ -367,10 +304,7 @@ void Form1::cboDB_Click(int index) {
 }
 
 void Form1::onLoginChecked(const QString&, bool loggedIn) {
-    QString text;
-    if (g_.ServiceNo == 3) text = g_.Texts.LoginNotNeededQrzcq;
-    else if (g_.ServiceNo == 4) text = g_.Texts.LoginNotNeededCallook;
-    else text = loggedIn ? g_.Texts.LoggedIn : g_.Texts.NotLoggedIn;
+    QString text = LoginStatus(g_.Texts, g_.ServiceNo, loggedIn);
     lblStatus->setText(text.replace(QStringLiteral("***"), g_.ServiceName));
     busy_.set(false);
 }
@@ -385,13 +319,13 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
     if (loggedIn) {
         lblStatus->setText(g_.Texts.LookupOk);
     } else {
-        lblStatus->setText(g_.ServiceNo == 3 ? g_.Texts.LookupFailedQrzcq : g_.Texts.LookupFailed);
-        if (g_.ServiceNo != 3 && g_.ServiceNo != 4) {
+        lblStatus->setText(LoggedOutPageStatus(g_.Texts, g_.ServiceNo));
+        const CallbookService* service = ServiceByNumber(g_.ServiceNo);
+        if (!service || !service->keepsWindowWhenLoggedOut) {
             clearStation();
             failureBeep();
             busy_.set(false);
         }
-        if (g_.ServiceNo == 4) lblStatus->setText(g_.Texts.CallookStatus);
     }
     if (call.isEmpty()) return;
     lblCall->setText(call + QStringLiteral("  (") + g_.Texts.SourceWeb + g_.ServiceName + u')');
@@ -415,14 +349,11 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
     g_.OtherLat = station.lat;
     g_.OtherLon = station.lon;
     lblDxAz->clear();
-    if (g_.OtherLat != 0 && g_.OtherLon != 0) {
-        double distance = 0, azimuth = 0;
-        DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
-        lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
-    }
+    if (g_.OtherLat != 0 && g_.OtherLon != 0)
+        lblDxAz->setText(DxAzLine(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit));
     CallDatabase db(g_.callFilePath());
     if (!StoreStation(db, station))
-        ShowUniMsgBox(this, db.lastError(), 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+        ShowUniMsgBox(this, db.lastError(), msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
     cmdUpdate->setEnabled(true);
     // The picture follows in the background; the window is ready for the next call.
     busy_.set(false);
@@ -552,8 +483,8 @@ void Form1::MnuSetupClick(int item) {
             // The nickname list is the main window's: it goes back to its file when it changed.
             QString error;
             if (nicknamesChanged &&
-                !SaveNicknames(g_.DataPath + QStringLiteral("/nicknames.txt"), lstNicknames, &error))
-                ShowUniMsgBox(this, error, 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+                !SaveNicknames(g_.nicknamesPath(), lstNicknames, &error))
+                ShowUniMsgBox(this, error, msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
         });
         form26->Form_Load();
         PlaceWindowBeside(form26, this);
@@ -566,9 +497,7 @@ void Form1::MnuSetupClick(int item) {
 void Form1::RefreshDistance() {
     // The own position or the unit may have changed: the station on show gets a new line.
     if (lblDxAz->text().isEmpty() || (g_.OtherLat == 0 && g_.OtherLon == 0)) return;
-    double distance = 0, azimuth = 0;
-    DistanceAzimuth(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit, distance, azimuth);
-    lblDxAz->setText(FormatDxAz(distance, azimuth, g_.DistUnit));
+    lblDxAz->setText(DxAzLine(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit));
 }
 
 void Form1::Unload() {

@@ -28,7 +28,6 @@ class Form1 : public QWidget {
 public:
     static constexpr const char* kVersionMark = "Ver:07/OCT/2014";
     static constexpr const char* kFailureTitle = "PX RxOk";
-    static constexpr std::array<const char*, 5> kServices{"eHam", "QRZ", "QRZCQ", "CALLOOK", "HamCall"};
 
     explicit Form1(ModuleValues& values, QWidget* parent = nullptr);
 
@@ -131,6 +130,7 @@ private:
     void tmrMenus_Timer();
     void failureBeep();
     void createTrayIcon();
+    void createControls();  // every control, its timers and what they call
     void layOutControls();
     void clearStation();
     QString updateCaption() const;

@@ -1,14 +1,17 @@
-// The main window on the desktop: the strip's layout for the language's texts, where the window
-// opens and is remembered, the tray icon and the title-bar close, and the help text.
+// The main window on the desktop: its controls, the strip's layout for the language's texts,
+// where the window opens and is remembered, the tray icon and the title-bar close, and the help
+// text.
 #include "app/form1.h"
 
 #include "app/settings.h"
+#include "lookup/services.h"
 #include "common/vbtext.h"
 #include "ui/helpwindow.h"
 #include "ui/windowhelpers.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDesktopServices>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -43,6 +46,57 @@ QIcon trayIconImage() {
 }
 
 }  // namespace
+
+void Form1::createControls() {
+    lblCall = MakePlainLabel(this, "lblCall");
+    lblName = MakePlainLabel(this, "lblName");
+    lblAdd1 = MakePlainLabel(this, "lblAdd1");
+    lblAdd2 = MakePlainLabel(this, "lblAdd2");
+    lblCtry = MakePlainLabel(this, "lblCtry");
+    lblDxAz = MakePlainLabel(this, "lblDxAz");
+    lblStatus = MakePlainLabel(this, "lblStatus");
+    lblMaps = MakePlainLabel(this, "lblMaps");
+    lblSetup = MakePlainLabel(this, "lblSetup");
+    Image1 = MakePlainLabel(this, "Image1");
+    Image1->hide();
+    txtCall = new QLineEdit(this);
+    txtCall->setObjectName(QStringLiteral("txtCall"));
+    txtCall->setMaxLength(32);
+    cmdUpdate = new QPushButton(this);
+    cmdUpdate->setObjectName(QStringLiteral("cmdUpdate"));
+    cboDB = new QComboBox(this);
+    cboDB->setObjectName(QStringLiteral("cboDB"));
+    tmrMenus = new QTimer(this);
+    tmrMenus->setObjectName(QStringLiteral("tmrMenus"));
+    tmrMenus->setInterval(200);
+    connect(tmrMenus, &QTimer::timeout, this, &Form1::tmrMenus_Timer);
+    tmrTray = new QTimer(this);
+    tmrTray->setObjectName(QStringLiteral("tmrTray"));
+    tmrTray->setInterval(2000);
+    connect(tmrTray, &QTimer::timeout, this, &Form1::UpdateTray);
+    trayAvailable = &QSystemTrayIcon::isSystemTrayAvailable;
+    openWithDesktop = &QDesktopServices::openUrl;
+    // A drag moves the window many times a second: its place is saved once it rests.
+    tmrPosition = new QTimer(this);
+    tmrPosition->setObjectName(QStringLiteral("tmrPosition"));
+    tmrPosition->setSingleShot(true);
+    tmrPosition->setInterval(500);
+    connect(tmrPosition, &QTimer::timeout, this, &Form1::savePosition);
+    pic1 = new QWidget(this);
+    pic1->setObjectName(QStringLiteral("pic1"));
+    pic1->lower();
+    Image1->setScaledContents(true);
+    Image1->setCursor(Qt::PointingHandCursor);
+    for (QLabel* clickable : {Image1, lblMaps, lblSetup}) clickable->installEventFilter(this);
+    QFont callFont = lblCall->font();
+    callFont.setBold(true);
+    lblCall->setFont(callFont);
+
+    connect(txtCall, &QLineEdit::returnPressed, this, &Form1::txtCall_Enter);
+    // A call can be typed as soon as the window shows; F8 reaches the window from the box too.
+    txtCall->setFocus();
+    connect(cmdUpdate, &QPushButton::clicked, this, &Form1::cmdUpdate_Click);
+}
 
 void Form1::layOutControls() {
     if (lines_) return;  // laid out once
@@ -98,8 +152,8 @@ void Form1::fitStripToTexts() {
     // The update button as wide as its widest caption, whichever service is chosen.
     const QString caption = cmdUpdate->text();
     int button = 0;
-    for (const char* service : kServices) {
-        cmdUpdate->setText(QString(t.UpdateButton).replace(QStringLiteral("***"), u' ' + QLatin1String(service)));
+    for (const CallbookService& service : kServices) {
+        cmdUpdate->setText(QString(t.UpdateButton).replace(QStringLiteral("***"), u' ' + QLatin1String(service.boxName)));
         button = std::max(button, cmdUpdate->sizeHint().width());
     }
     cmdUpdate->setText(caption);
@@ -107,8 +161,8 @@ void Form1::fitStripToTexts() {
     // The language's texts in the lines: one line each, the status two lines at most.
     const QString call = QStringLiteral("WW0WWW");
     int lines = 0;
-    for (const char* service : kServices) {
-        const QString name = QLatin1String(service);
+    for (const CallbookService& service : kServices) {
+        const QString name = QLatin1String(service.boxName);
         for (const QString& text : {t.Ready, QString(t.LookingUp).replace(QStringLiteral("???"), call), t.LoginRequired,
                                     QString(t.Contacting).replace(QStringLiteral("***"), name) + QStringLiteral(". . ."),
                                     t.NotFound + u' ' + call, call + QStringLiteral("  (") + t.SourceDatabase + u')',

@@ -48,7 +48,7 @@ int main(int argc, char* argv[]) {
     QApplication::setQuitOnLastWindowClosed(false);
 
     // One copy per user and data folder: a second start brings the running one to the front.
-    const QString dataPath = platform::GetAppDataFolder() + QStringLiteral("/Norvane");
+    const QString dataPath = UserDataFolder();
     SingleInstance instance(dataPath);
     if (instance.role() == SingleInstance::Role::OtherRaised) return 0;
     if (instance.role() == SingleInstance::Role::OtherSilent) {
@@ -59,7 +59,7 @@ int main(int argc, char* argv[]) {
     // First run: the data folder comes from the default one that ships with the program.
     QString error;
     if (!SeedDataFolder(DefaultDataFolder(QCoreApplication::applicationDirPath()), dataPath, &error))
-        ShowUniMsgBox(nullptr, error, 48, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+        ShowUniMsgBox(nullptr, error, msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
 
     ModuleValues values;
     Form1 form(values);

@@ -28,4 +28,5 @@ struct ModuleValues {
     QByteArray DownloadBuffer; // the bytes of the last completed download
 
     QString callFilePath() const { return DataPath + QStringLiteral("/Norvane-DB.db"); }
+    QString nicknamesPath() const { return DataPath + QStringLiteral("/nicknames.txt"); }
 };

@@ -4,7 +4,12 @@
 
 namespace {
 constexpr qsizetype kShownLength = 20;
+
+ServiceTexts textsOf(int serviceNo) {
+    const CallbookService* service = ServiceByNumber(serviceNo);
+    return service ? service->texts : ServiceTexts::Shared;
 }
+}  // namespace
 
 QString NoCallStatus(const LanguageTexts& texts, const QString& text) {
     const QString trimmed = vb::trim(text.simplified());
@@ -26,4 +31,32 @@ QString FailureStatus(const LanguageTexts& texts, const DownloadFailure& failure
     case DownloadFailure::None: text = texts.StatusUnreachable; break;
     }
     return text.replace(QStringLiteral("***"), service);
+}
+
+QString LoginStatus(const LanguageTexts& texts, int serviceNo, bool loggedIn) {
+    switch (textsOf(serviceNo)) {
+    case ServiceTexts::Qrzcq: return texts.LoginNotNeededQrzcq;
+    case ServiceTexts::Callook: return texts.LoginNotNeededCallook;
+    case ServiceTexts::Shared: break;
+    }
+    return loggedIn ? texts.LoggedIn : texts.NotLoggedIn;
+}
+
+QString LoggedOutPageStatus(const LanguageTexts& texts, int serviceNo) {
+    switch (textsOf(serviceNo)) {
+    case ServiceTexts::Qrzcq: return texts.LookupFailedQrzcq;
+    case ServiceTexts::Callook: return texts.CallookStatus;
+    case ServiceTexts::Shared: break;
+    }
+    return texts.LookupFailed;
+}
+
+QString OwnPositionStatus(const LanguageTexts& texts, int serviceNo) {
+    if (!ServiceByNumber(serviceNo)) return texts.LookupFailed;
+    switch (textsOf(serviceNo)) {
+    case ServiceTexts::Qrzcq: return texts.SetupPositionQrzcq;
+    case ServiceTexts::Callook: return texts.CallookStatus;
+    case ServiceTexts::Shared: break;
+    }
+    return texts.SetupPositionFound;
 }

@@ -2,6 +2,7 @@
 
 #include "cli/cliargs.h"
 #include "common/vbtext.h"
+#include "app/datafolder.h"
 #include "app/settings.h"
 #include "db/calldatabase.h"
 #include "db/storestation.h"
@@ -111,7 +112,7 @@ bool takesOnly(const CliArgs& p, const QString& command, const QStringList& allo
 
 // The call-sign file of the data folder that --data names (it must be there), else of the user's.
 std::optional<CallDatabase> openDatabase(const CliArgs& p) {
-    const QString defaultFolder = platform::GetAppDataFolder() + QStringLiteral("/Norvane");
+    const QString defaultFolder = UserDataFolder();
     const QString folder = p.values.value(QStringLiteral("--data"), defaultFolder);
     if (p.values.contains(QStringLiteral("--data")) && !QFileInfo(folder).isDir()) {
         usageError(QStringLiteral("no such folder: ") + folder);

@@ -5,6 +5,8 @@
 #include "app/picturecache.h"
 #include "common/vbtext.h"
 #include "db/calldatabase.h"
+#include "db/editorrules.h"
+#include "db/listsearch.h"
 #include "db/storestation.h"
 #include "lookup/cleancall.h"
 #include "lookup/stationreader.h"
@@ -30,93 +32,8 @@
 #include <algorithm>
 #include <optional>
 
-// ---------------------------------------------------------------------------------------------
-// The call list
-
-int CallListModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(calls_.size());
-}
-
-QVariant CallListModel::data(const QModelIndex& index, int role) const {
-    if (!index.isValid() || index.row() >= calls_.size()) return {};
-    if (role == Qt::DisplayRole) return calls_.at(index.row());
-    // Every row is as high as every other: the view need not ask each one.
-    if (role == Qt::SizeHintRole) return QSize(1, rowHeight_);
-    return {};
-}
-
-void CallListModel::setCalls(QStringList calls) {
-    beginResetModel();
-    calls_ = std::move(calls);
-    endResetModel();
-}
-
-int FindStringExact(const QStringList& list, const QString& text) {
-    if (text.isEmpty()) return -1;
-    const qsizetype size = text.size();
-    for (qsizetype i = 0; i < list.size(); ++i) {
-        const QString& entry = list.at(i);
-        if (entry.size() == size && entry.compare(text, Qt::CaseInsensitive) == 0) return static_cast<int>(i);
-    }
-    return -1;
-}
-
-int FindString(const QStringList& list, const QString& text) {
-    if (text.isEmpty()) return -1;
-    for (qsizetype i = 0; i < list.size(); ++i)
-        if (list.at(i).startsWith(text, Qt::CaseInsensitive)) return static_cast<int>(i);
-    return -1;
-}
-
 namespace {
-
 constexpr const char* kEntriesPrefix = "Number of callsigns in database = ";
-
-QLabel* makeLabel(QWidget* parent, const char* name) {
-    auto* label = new QLabel(parent);
-    label->setObjectName(QLatin1String(name));
-    // Texts come from the call-sign file and from web pages: never read as markup.
-    label->setTextFormat(Qt::PlainText);
-    return label;
-}
-
-QLineEdit* makeBox(QWidget* parent, const char* name) {
-    auto* box = new QLineEdit(parent);
-    box->setObjectName(QLatin1String(name));
-    return box;
-}
-
-QPushButton* makeButton(QWidget* parent, const char* name) {
-    auto* button = new QPushButton(parent);
-    button->setObjectName(QLatin1String(name));
-    button->setEnabled(false);
-    return button;
-}
-
-// The call as the record keeps it: trimmed and cut to the call field's width, so that the search
-// after a write looks for what was written.
-QString storedCall(const QString& typed) {
-    return vb::trim(vb::left(vb::trim(typed), CallRecord::kLayout[0].width));
-}
-
-// The known position of a station: the stations of the call-sign file itself. A record of the
-// call whose position is not 0, 0 gives it (sCall its call, sLat and sLon its latitude and
-// longitude as stored); so a position once typed in by hand survives a lookup on a service that
-// gives none.
-struct KnownPosition {
-    QString sCall;
-    QString sLat;
-    QString sLon;
-};
-
-std::optional<KnownPosition> knownPosition(CallDatabase& db, const QString& call) {
-    if (db.FindCallRecord(call) == 0) return std::nullopt;
-    const CallRecord& r = db.CurrentRecord;
-    const KnownPosition known{vb::trim(r.Call()), vb::trim(r.Lat()), vb::trim(r.Lon())};
-    if (vb::val(known.sLat) == 0 && vb::val(known.sLon) == 0) return std::nullopt;
-    return known;
-}
-
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -128,76 +45,7 @@ Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
     setWindowTitle(QStringLiteral("PX Callsigns"));
     ScreenKeeper::of(this);  // opens wholly on a screen, wherever it is put
 
-    calls = new CallListModel(fontMetrics().height() + 2, this);
-    lstCall = new QListView(this);
-    lstCall->setObjectName(QStringLiteral("lstCall"));
-    lstCall->setModel(calls);
-    lstCall->setUniformItemSizes(true);
-    lstCall->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
-    lstCall->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    lstCall->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    lstCall->setSelectionMode(QAbstractItemView::SingleSelection);
-    lstCall->viewport()->setMouseTracking(true);
-    lstCall->viewport()->installEventFilter(this);
-    // A click, or the arrow keys, on the list: lstCall_Click. A selection the program makes
-    // (the search of the typed call, the call just added) is no click.
-    connect(lstCall->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
-        if (selecting_ > 0 || listIndex() < 0) return;
-        changedByPress_ = true;
-        lstCall_Click();
-    });
-    connect(lstCall, &QAbstractItemView::clicked, this, [this] {
-        if (!changedByPress_) lstCall_Click();  // a click on the row already selected
-    });
-
-    txtCall = makeBox(this, "txtCall");
-    txtName = makeBox(this, "txtName");
-    txtNickName = makeBox(this, "txtNickName");
-    txtAdd1 = makeBox(this, "txtAdd1");
-    txtAdd2 = makeBox(this, "txtAdd2");
-    txtCtry = makeBox(this, "txtCtry");
-    txtLat = makeBox(this, "txtLat");
-    txtLon = makeBox(this, "txtLon");
-    txtClass = makeBox(this, "txtClass");
-    txtYearBorn = makeBox(this, "txtYearBorn");
-    lblCall = makeLabel(this, "lblCall");
-    lblName = makeLabel(this, "lblName");
-    lblNickName = makeLabel(this, "lblNickName");
-    lblAdd1 = makeLabel(this, "lblAdd1");
-    lblAdd2 = makeLabel(this, "lblAdd2");
-    lblCtry = makeLabel(this, "lblCtry");
-    lblLat = makeLabel(this, "lblLat");
-    lblLon = makeLabel(this, "lblLon");
-    lblClass = makeLabel(this, "lblClass");
-    lblYearBorn = makeLabel(this, "lblYearBorn");
-    txtCall->installEventFilter(this);
-    connect(txtCall, &QLineEdit::textChanged, this, &Form26::txtCall_Change);
-    connect(txtName, &QLineEdit::textChanged, this, &Form26::txtName_Change);
-    connect(txtLat, &QLineEdit::textChanged, this, &Form26::txtLat_Change);
-    connect(txtLon, &QLineEdit::textChanged, this, &Form26::txtLon_Change);
-
-    cboDB = new QComboBox(this);
-    cboDB->setObjectName(QStringLiteral("cboDB"));
-    cmdLookup = makeButton(this, "cmdLookup");
-    cmdAddNewSite = makeButton(this, "cmdAddNewSite");
-    cmdDeleteSite = makeButton(this, "cmdDeleteSite");
-    cmdClose = makeButton(this, "cmdClose");
-    cmdClose->setEnabled(true);
-    connect(cmdLookup, &QPushButton::clicked, this, &Form26::cmdLookup_Click);
-    connect(cmdAddNewSite, &QPushButton::clicked, this, &Form26::cmdAddNewSite_Click);
-    connect(cmdDeleteSite, &QPushButton::clicked, this, &Form26::cmdDeleteSite_Click);
-    connect(cmdClose, &QPushButton::clicked, this, &Form26::cmdClose_Click);
-
-    lblEntries = makeLabel(this, "lblEntries");
-    lblInfo = makeLabel(this, "lblInfo");
-    lblInfo->setWordWrap(true);
-    Label4 = makeLabel(this, "Label4");
-    Label4->hide();
-    Image1 = makeLabel(this, "Image1");
-    Image1->setScaledContents(true);
-    Image1->setCursor(Qt::PointingHandCursor);
-    Image1->installEventFilter(this);
-    resetPicture();
+    createControls();
 
     lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
     connect(lookUp, &ucLookUp::GotPage, this, &Form26::ucLookUp_GotPage);
@@ -239,7 +87,7 @@ void Form26::Form_Load() {
     cmdClose->setText(t.CloseButton);
 
     cboDB->clear();
-    for (const char* service : kServices) cboDB->addItem(QLatin1String(service));
+    for (const CallbookService& service : kServices) cboDB->addItem(QLatin1String(service.editorName));
     cboDB->setCurrentIndex(-1);
     connect(cboDB, &QComboBox::currentIndexChanged, this, &Form26::cboDB_Click, Qt::UniqueConnection);
     // The list index is set to the saved service number itself: the number counts from 1 and the
@@ -257,7 +105,7 @@ void Form26::Form_Load() {
 void Form26::cboDB_Click(int index) {
     if (index < 0) return;
     g_.ServiceNo = static_cast<int16_t>(index + 1);
-    if (g_.ServiceNo >= 1 && g_.ServiceNo <= 5) g_.ServiceName = QLatin1String(kServiceDomains[g_.ServiceNo - 1]);
+    if (const CallbookService* service = ServiceByNumber(g_.ServiceNo)) g_.ServiceName = QLatin1String(service->domain);
     cmdLookup->setText(lookupCaption(txtCall->text()));
     cmdLookup->setEnabled(!txtCall->text().isEmpty() && serviceChosen());
 }
@@ -288,29 +136,17 @@ void Form26::cmdLookup_Click() {
 void Form26::cmdAddNewSite_Click() { storeForm(); }
 
 void Form26::storeForm() {
-    const QString key = storedCall(txtCall->text());
+    const QString key = StoredCall(txtCall->text());
     if (key.isEmpty()) {
         busy_.set(false);
         return;
     }
     CallDatabase db(g_.callFilePath());
-    const int32_t number = db.FindCallRecord(key);
-    db.ClearRecord();
-    CallRecord& r = db.CurrentRecord;
-    r.setField(CallField::Call, key);
-    r.setField(CallField::Name, txtName->text());
-    r.setField(CallField::Add1, txtAdd1->text());
-    r.setField(CallField::Add2, txtAdd2->text());
-    r.setField(CallField::Ctry, txtCtry->text());
-    r.setField(CallField::Lat, txtLat->text());
-    r.setField(CallField::Lon, txtLon->text());
-    r.setField(CallField::Class, txtClass->text());
-    r.setField(CallField::YearBorn, txtYearBorn->text());
-    bool written = true;
-    if (number == 0) {
-        // Appended and sorted in one write: the file is never left with the call unsorted at
-        // its end.
-        written = db.AppendSorted();
+    const StoreOutcome stored = StoreEditorRecord(
+        db, key,
+        {txtName->text(), txtAdd1->text(), txtAdd2->text(), txtCtry->text(), txtLat->text(), txtLon->text(),
+         txtClass->text(), txtYearBorn->text()});
+    if (stored.appended) {
         lstCall->setUpdatesEnabled(false);
         fillList(db);
         const int index = FindStringExact(calls->calls(), key);
@@ -322,11 +158,9 @@ void Form26::storeForm() {
         // Selecting the new call is a click on its row, as in a list box: the form shows the
         // record as stored, and the buttons (delete among them) name the call.
         if (index >= 0) lstCall_Click();
-    } else {
-        written = db.UpdateRecord(number);
     }
     // The file is unchanged when it could not be written; say why rather than pretend.
-    if (!written) showNotice(db.lastError());
+    if (!stored.written) showNotice(db.lastError());
     busy_.set(false);
 }
 
@@ -453,7 +287,7 @@ void Form26::ucLookUp_GotPage(const QString& call, bool) {
     OtherLon = vb::val(txtLon->text());
     if (OtherLat == 0 && OtherLon == 0) {
         CallDatabase db(g_.callFilePath());
-        if (const auto known = knownPosition(db, call)) {
+        if (const auto known = FindKnownPosition(db, call)) {
             txtLat->setText(known->sLat);
             txtLon->setText(known->sLon);
         }
@@ -472,7 +306,7 @@ void Form26::ucLookUp_CallNotFound(const QString& call) {
     cmdAddNewSite->setEnabled(false);
     cmdDeleteSite->setEnabled(false);
     busy_.set(false);
-    sound::Beep(700, 100);
+    sound::FailureBeep();
 }
 
 // 14. The service could not be asked: it did not answer, or answered with an error.
@@ -480,7 +314,7 @@ void Form26::ucLookUp_Unreachable(const QString& call) {
     if (call != pendingPage_ || call != LookupCall) return;
     pendingPage_.clear();
     busy_.set(false);
-    ShowUniMsgBox(this, cboDB->currentText() + u' ' + g_.Texts.ServiceUnreachable, 64, QStringLiteral("PX callsigns"),
+    ShowUniMsgBox(this, cboDB->currentText() + u' ' + g_.Texts.ServiceUnreachable, msgbox::kIconInformation, QStringLiteral("PX callsigns"),
                   QStringLiteral("Ok"));
 }
 

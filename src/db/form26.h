@@ -3,10 +3,11 @@
 // fields and the nickname, buttons to add or update, delete and look the call up on a call-book
 // service, and the station picture from the picture cache.
 #include "app/modulevalues.h"
+#include "db/calllistmodel.h"
+#include "db/editorrules.h"
 
 #include "ui/windowhelpers.h"
 
-#include <QAbstractListModel>
 #include <QPixmap>
 #include <QRect>
 #include <QStringList>
@@ -22,54 +23,13 @@ class QListView;
 class QPushButton;
 class ucLookUp;
 
-// The calls of the file for the list view, one string per record and no widget item per row:
-// a list of a million calls is filled in one step and drawn a screenful at a time.
-class CallListModel : public QAbstractListModel {
-    Q_OBJECT
-
-public:
-    explicit CallListModel(int rowHeight, QObject* parent = nullptr)
-        : QAbstractListModel(parent), rowHeight_(rowHeight) {}
-
-    int rowCount(const QModelIndex& parent = {}) const override;
-    QVariant data(const QModelIndex& index, int role) const override;
-
-    void setCalls(QStringList calls);
-    const QStringList& calls() const { return calls_; }
-    int rowHeight() const { return rowHeight_; }
-
-private:
-    QStringList calls_;
-    int rowHeight_;
-};
-
-// The two searches of a list box, both from the top and without regard to case. "" finds nothing.
-// The first entry equal to text, else -1.
-int FindStringExact(const QStringList& list, const QString& text);
-// The first entry that begins with text, else -1.
-int FindString(const QStringList& list, const QString& text);
-
-// A caption with its "???" replaced by the call. Without a call the placeholder takes one blank
-// beside it along, so that no doubled, leading or trailing blank is left where the call would be.
-QString ReplaceCall(const QString& text, const QString& call);
-
-// Where the editor shows a station picture of this natural size: scaled to fill the picture area
-// as far as its aspect allows (wide pictures to the area's width, tall ones to its height) and
-// centred on the point 356, 147. An empty rectangle for an empty size.
-QRect FitPicture(QSize natural);
-
 class Form26 : public QWidget {
     Q_OBJECT
 
 public:
-    // The service box's entries; "CallLook" is spelt so here on purpose.
-    static constexpr std::array<const char*, 5> kServices{"eHam", "QRZ", "QRZCQ", "CallLook", "HamCall"};
-    // The service names the editor gives the program (captions, messages), by service number - 1.
-    static constexpr std::array<const char*, 5> kServiceDomains{"eHam.net", "QRZ.com", "QRZCQ.com", "Callook.info",
-                                                                 "HamCall.net"};
     static constexpr int kVisibleRows = 15;
-    static constexpr QRect kPictureArea{193, 25, 326, 244};  // centred on 356, 147
-    static constexpr QPoint kPictureCentre{356, 147};
+    static constexpr QRect kPictureArea = kEditorPictureArea;
+    static constexpr QPoint kPictureCentre = kEditorPictureCentre;
     static constexpr QPoint kPictureHome{340, 25};           // where an empty picture waits
 
     // values: the program-wide values (data folder, service, texts, download buffer).
@@ -154,6 +114,7 @@ private:
     void resetPicture();
     void showPicture(const QString& call);
     bool serviceChosen() const;
+    void createControls();  // every control, with its signals
     void layOutControls();
     void fitButtonsToCaptions();
     QString withCall(const QString& text, const QString& call) const;

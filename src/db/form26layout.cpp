@@ -1,11 +1,13 @@
-// The editor's layout and the rules it is built on: where the picture goes in its box, and the
-// captions that name a call.
+// The editor's controls and their layout.
 #include "db/form26.h"
+
+#include "lookup/services.h"
 
 #include <QComboBox>
 #include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -14,33 +16,94 @@
 #include <algorithm>
 #include <array>
 
-QString ReplaceCall(const QString& text, const QString& call) {
-    if (!call.isEmpty()) return QString(text).replace(QStringLiteral("???"), call);
-    QString out = text;
-    for (qsizetype at = out.indexOf(QStringLiteral("???")); at >= 0; at = out.indexOf(QStringLiteral("???"), at)) {
-        if (at > 0 && out.at(at - 1) == u' ') out.remove(at - 1, 4), --at;
-        else if (at + 3 < out.size() && out.at(at + 3) == u' ') out.remove(at, 4);
-        else out.remove(at, 3);
-    }
-    return out;
+namespace {
+
+QLineEdit* makeBox(QWidget* parent, const char* name) {
+    auto* box = new QLineEdit(parent);
+    box->setObjectName(QLatin1String(name));
+    return box;
 }
 
-QRect FitPicture(QSize natural) {
-    if (natural.isEmpty()) return {};
-    const QRect area = Form26::kPictureArea;
-    const qint64 w = natural.width(), h = natural.height();
-    int width = 0, height = 0;
-    if (w * area.height() >= h * area.width()) {
-        // Wider than the area: as wide as the area.
-        width = area.width();
-        height = std::max<int>(1, static_cast<int>((h * area.width() + w / 2) / w));
-    } else {
-        // Taller: as high as the area.
-        height = area.height();
-        width = std::max<int>(1, static_cast<int>((w * area.height() + h / 2) / h));
-    }
-    const QPoint centre = Form26::kPictureCentre;
-    return {centre.x() - width / 2, centre.y() - height / 2, width, height};
+QPushButton* makeButton(QWidget* parent, const char* name) {
+    auto* button = new QPushButton(parent);
+    button->setObjectName(QLatin1String(name));
+    button->setEnabled(false);
+    return button;
+}
+
+}  // namespace
+
+void Form26::createControls() {
+    calls = new CallListModel(fontMetrics().height() + 2, this);
+    lstCall = new QListView(this);
+    lstCall->setObjectName(QStringLiteral("lstCall"));
+    lstCall->setModel(calls);
+    lstCall->setUniformItemSizes(true);
+    lstCall->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
+    lstCall->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    lstCall->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    lstCall->setSelectionMode(QAbstractItemView::SingleSelection);
+    lstCall->viewport()->setMouseTracking(true);
+    lstCall->viewport()->installEventFilter(this);
+    // A click, or the arrow keys, on the list: lstCall_Click. A selection the program makes
+    // (the search of the typed call, the call just added) is no click.
+    connect(lstCall->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        if (selecting_ > 0 || listIndex() < 0) return;
+        changedByPress_ = true;
+        lstCall_Click();
+    });
+    connect(lstCall, &QAbstractItemView::clicked, this, [this] {
+        if (!changedByPress_) lstCall_Click();  // a click on the row already selected
+    });
+
+    txtCall = makeBox(this, "txtCall");
+    txtName = makeBox(this, "txtName");
+    txtNickName = makeBox(this, "txtNickName");
+    txtAdd1 = makeBox(this, "txtAdd1");
+    txtAdd2 = makeBox(this, "txtAdd2");
+    txtCtry = makeBox(this, "txtCtry");
+    txtLat = makeBox(this, "txtLat");
+    txtLon = makeBox(this, "txtLon");
+    txtClass = makeBox(this, "txtClass");
+    txtYearBorn = makeBox(this, "txtYearBorn");
+    lblCall = MakePlainLabel(this, "lblCall");
+    lblName = MakePlainLabel(this, "lblName");
+    lblNickName = MakePlainLabel(this, "lblNickName");
+    lblAdd1 = MakePlainLabel(this, "lblAdd1");
+    lblAdd2 = MakePlainLabel(this, "lblAdd2");
+    lblCtry = MakePlainLabel(this, "lblCtry");
+    lblLat = MakePlainLabel(this, "lblLat");
+    lblLon = MakePlainLabel(this, "lblLon");
+    lblClass = MakePlainLabel(this, "lblClass");
+    lblYearBorn = MakePlainLabel(this, "lblYearBorn");
+    txtCall->installEventFilter(this);
+    connect(txtCall, &QLineEdit::textChanged, this, &Form26::txtCall_Change);
+    connect(txtName, &QLineEdit::textChanged, this, &Form26::txtName_Change);
+    connect(txtLat, &QLineEdit::textChanged, this, &Form26::txtLat_Change);
+    connect(txtLon, &QLineEdit::textChanged, this, &Form26::txtLon_Change);
+
+    cboDB = new QComboBox(this);
+    cboDB->setObjectName(QStringLiteral("cboDB"));
+    cmdLookup = makeButton(this, "cmdLookup");
+    cmdAddNewSite = makeButton(this, "cmdAddNewSite");
+    cmdDeleteSite = makeButton(this, "cmdDeleteSite");
+    cmdClose = makeButton(this, "cmdClose");
+    cmdClose->setEnabled(true);
+    connect(cmdLookup, &QPushButton::clicked, this, &Form26::cmdLookup_Click);
+    connect(cmdAddNewSite, &QPushButton::clicked, this, &Form26::cmdAddNewSite_Click);
+    connect(cmdDeleteSite, &QPushButton::clicked, this, &Form26::cmdDeleteSite_Click);
+    connect(cmdClose, &QPushButton::clicked, this, &Form26::cmdClose_Click);
+
+    lblEntries = MakePlainLabel(this, "lblEntries");
+    lblInfo = MakePlainLabel(this, "lblInfo");
+    lblInfo->setWordWrap(true);
+    Label4 = MakePlainLabel(this, "Label4");
+    Label4->hide();
+    Image1 = MakePlainLabel(this, "Image1");
+    Image1->setScaledContents(true);
+    Image1->setCursor(Qt::PointingHandCursor);
+    Image1->installEventFilter(this);
+    resetPicture();
 }
 
 void Form26::layOutControls() {
@@ -123,8 +186,8 @@ void Form26::fitButtonsToCaptions() {
             if (button == cmdAddNewSite) texts << withCall(t.EditorAdd, call);
             if (button == cmdDeleteSite) texts << withCall(t.EditorDelete, call);
             if (button == cmdLookup)
-                for (const char* service : kServiceDomains) {
-                    g_.ServiceName = QLatin1String(service);
+                for (const CallbookService& service : kServices) {
+                    g_.ServiceName = QLatin1String(service.domain);
                     texts << lookupCaption(call);
                 }
             for (const QString& text : texts) {

@@ -37,7 +37,8 @@ QString eventName(FieldEvent event) {
 }
 
 Service CallbookFields::service() const {
-    return Database >= 1 && Database <= 5 ? static_cast<Service>(Database) : Service::None;
+    const CallbookService* chosen = ServiceByNumber(Database);
+    return chosen ? chosen->number : Service::None;
 }
 
 void CallbookFields::raise(FieldEvent event, const QString& ca) {

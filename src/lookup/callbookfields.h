@@ -12,15 +12,14 @@
 //
 // The lookup control holds one of these, puts each decoded page into PageText and forwards
 // the events cName raises.
+#include "lookup/services.h"
+
 #include <QString>
 #include <QStringView>
 #include <cstdint>
 #include <functional>
 
 namespace lookup {
-
-// The call-book services, numbered as the Database setting selects them.
-enum class Service : int16_t { None = 0, EHam = 1, Qrz = 2, QrzCq = 3, Callook = 4, HamCall = 5 };
 
 // Raised by cName: the page says the call is unknown, or (QRZ) that a login is required.
 enum class FieldEvent { CallNotFound, LoginRequired };

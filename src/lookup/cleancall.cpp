@@ -1,5 +1,6 @@
 #include "lookup/cleancall.h"
 
+#include "common/callchars.h"
 #include "common/vbtext.h"
 
 namespace {
@@ -16,7 +17,7 @@ qsizetype firstNonAlphaNumeric(const QString& text) {
 QString CleanCall(QString& call) {
     if (call.isEmpty()) return {};
     call = vb::trim(call.toUpper());
-    call.replace(QChar(0x00D8), u'0');
+    call.replace(QChar(kSlashedO), u'0');
 
     // A separator within the first four characters ends a prefix such as "EA8/".
     if (const qsizetype at = firstNonAlphaNumeric(call); at > 0 && at < 5) call = vb::trim(vb::mid(call, at + 1));

@@ -1,5 +1,6 @@
 #include "lookup/uclookup.h"
 
+#include "common/callchars.h"
 #include "common/vbtext.h"
 #include "lookup/htmldecode.h"
 
@@ -12,7 +13,6 @@
 
 namespace {
 
-constexpr char16_t kSlashedO = u'\u00D8';
 constexpr int kMaxRedirects = 10;
 
 QString withZeros(QString text) { return text.replace(QChar(kSlashedO), QChar(u'0')); }

@@ -6,6 +6,7 @@
 #include "db/storestation.h"
 #include "geo/grid.h"
 #include "lookup/stationreader.h"
+#include "lookup/services.h"
 #include "lookup/uclookup.h"
 #include "ui/windowhelpers.h"
 
@@ -137,8 +138,9 @@ void Form2::layOutControls() {
                      QString(t.SetupPositionQrzcq).replace(QStringLiteral("***"), call), t.CallookStatus, t.LookupFailed,
                      t.NotFound + u' ' + call};
     // The service by the main window's name or by the editor's.
-    for (const char* service : {"CALLOOK", "HamCall", "QRZCQ.com", "Callook.info", "HamCall.net"})
-        said << QString(t.SetupNoPosition).replace(QStringLiteral("???"), call).replace(QStringLiteral("***"), QLatin1String(service));
+    for (const CallbookService& service : kServices)
+        for (const char* name : {service.boxName, service.domain})
+            said << QString(t.SetupNoPosition).replace(QStringLiteral("???"), call).replace(QStringLiteral("***"), QLatin1String(name));
     int height = 2 * Label3->fontMetrics().lineSpacing();
     for (const QString& text : said)
         height = std::max(height, Label3->fontMetrics().boundingRect(QRect(0, 0, width, 1 << 16), Qt::TextWordWrap,
@@ -179,15 +181,7 @@ void Form2::onGotPage(const QString& call, bool) {
     }
     txtLat->setText(CoordinateText(reading.station->lat));
     txtLon->setText(CoordinateText(reading.station->lon));
-    QString status;
-    switch (g_.ServiceNo) {
-    case 1:
-    case 2:
-    case 5: status = g_.Texts.SetupPositionFound; break;
-    case 3: status = g_.Texts.SetupPositionQrzcq; break;
-    case 4: status = g_.Texts.CallookStatus; break;
-    default: status = g_.Texts.LookupFailed;
-    }
+    QString status = OwnPositionStatus(g_.Texts, g_.ServiceNo);
     Label3->setText(u'\n' + status.replace(QStringLiteral("***"), g_.MyCall));
 }
 

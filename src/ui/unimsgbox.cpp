@@ -60,9 +60,9 @@ UniMsgBox::UniMsgBox(QWidget* parent) : QDialog(parent) {
         result_ = value;
         accept();
     };
-    connect(cmd1, &QPushButton::clicked, this, [press] { press(7); });
-    connect(cmd2, &QPushButton::clicked, this, [press] { press(6); });
-    connect(cmd3, &QPushButton::clicked, this, [press] { press(2); });
+    connect(cmd1, &QPushButton::clicked, this, [press] { press(msgbox::kResultCmd1); });
+    connect(cmd2, &QPushButton::clicked, this, [press] { press(msgbox::kResultCmd2); });
+    connect(cmd3, &QPushButton::clicked, this, [press] { press(msgbox::kResultCmd3); });
 }
 
 void UniMsgBox::Prepare(QWidget* owner, const QString& prompt, int buttons, const QString& title,
@@ -72,20 +72,20 @@ void UniMsgBox::Prepare(QWidget* owner, const QString& prompt, int buttons, cons
     const int style = buttons & 15;
     const int icon = buttons - style;
     switch (icon) {
-    case 16:
+    case msgbox::kIconCritical:
         imgCritical->show();
-        sound::MessageBeep(16);
+        sound::MessageBeep(msgbox::kIconCritical);
         break;
-    case 32: imgQuestion->show(); break;  // the question icon is shown silently
-    case 48:
+    case msgbox::kIconQuestion: imgQuestion->show(); break;  // the question icon is shown silently
+    case msgbox::kIconExclamation:
         imgExclamation->setGeometry(10, 10, 50, 50);
         imgExclamation->show();
-        sound::MessageBeep(48);
+        sound::MessageBeep(msgbox::kIconExclamation);
         break;
-    case 64:
+    case msgbox::kIconInformation:
         imgInformation->setGeometry(10, 30, 40, 40);
         imgInformation->show();
-        sound::MessageBeep(64);
+        sound::MessageBeep(msgbox::kIconInformation);
         break;
     default: break;
     }

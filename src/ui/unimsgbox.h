@@ -8,6 +8,18 @@
 #include <QMargins>
 #include <QSize>
 
+// The icon part of the buttons argument, and the results the three buttons give.
+namespace msgbox {
+inline constexpr int kNoIcon = 0;
+inline constexpr int kIconCritical = 16;
+inline constexpr int kIconQuestion = 32;
+inline constexpr int kIconExclamation = 48;
+inline constexpr int kIconInformation = 64;
+inline constexpr int kResultCmd1 = 7;
+inline constexpr int kResultCmd2 = 6;
+inline constexpr int kResultCmd3 = 2;
+}  // namespace msgbox
+
 class QLabel;
 class QPushButton;
 class QWidget;

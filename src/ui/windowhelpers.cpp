@@ -4,6 +4,7 @@
 #include <QCursor>
 #include <QEvent>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QLayout>
 #include <QScreen>
 #include <QTimer>
@@ -12,6 +13,13 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+QLabel* MakePlainLabel(QWidget* parent, const char* name) {
+    auto* label = new QLabel(parent);
+    label->setObjectName(QLatin1String(name));
+    label->setTextFormat(Qt::PlainText);
+    return label;
+}
 
 void SetTopMost(QWidget* window, bool topMost) {
     if (window->windowFlags().testFlag(Qt::WindowStaysOnTopHint) == topMost) return;

@@ -8,7 +8,12 @@
 #include <QString>
 #include <optional>
 
+class QLabel;
 class QWidget;
+
+// A label named name on parent that shows its text as plain text: texts come from web pages
+// and files and are never read as markup.
+QLabel* MakePlainLabel(QWidget* parent, const char* name);
 
 // Keeps the window above all others (true) or releases it, without moving or sizing it.
 void SetTopMost(QWidget* window, bool topMost);

@@ -496,6 +496,32 @@ private slots:
         QVERIFY(form->cmdUpdate->isEnabled());
     }
 
+    // A page that shows no login on QRZCQ or Callook: they show their stations without one, so
+    // each says so in its own words, and no failure tone sounds.
+    void pagesWithoutALogin_data() {
+        QTest::addColumn<int>("service");
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<bool>("callook");  // Callook's own status, else QRZCQ's failure text
+        QTest::newRow("QRZCQ") << 2 << "F5ABC" << false;
+        QTest::newRow("Callook") << 3 << "KP4ABC" << true;
+    }
+
+    void pagesWithoutALogin() {
+        QFETCH(int, service);
+        QFETCH(QString, call);
+        QFETCH(bool, callook);
+        settings::SaveSetting(settings::kServiceIndex, QString::number(service));
+        QVERIFY(loadShown());
+        beeps.clear();
+        const QString status = callook ? g.Texts.CallookStatus : g.Texts.LookupFailedQrzcq;
+        enter(*form, call);
+        QTRY_COMPARE_WITH_TIMEOUT(form->lblStatus->text(), status, 10000);
+        QVERIFY(settle());
+        QCOMPARE(form->lblStatus->text(), status);
+        QCOMPARE(form->lblCall->text(), call + "  (" + g.Texts.SourceWeb + form->cboDB->currentText() + ")");
+        QCOMPARE(beeps, QList<int>());
+    }
+
     // Typed calls are cleaned ("EA8/DL1ABC/P" is DL1ABC); F8 keeps its clipboard rule. A text that
     // holds no call asks no service, and the status line says so.
     void textWithoutACall_data() {

@@ -1,7 +1,10 @@
 // The call-sign file editor: what its buttons write to the file and the list shows after, the call
 // box, the service box, lookups through the local call-book stand-in, nicknames handed back.
 #include "app/settings.h"
+#include "db/calllistmodel.h"
+#include "db/editorrules.h"
 #include "db/form26.h"
+#include "db/listsearch.h"
 #include "lookup/callbookserver.h"
 #include "lookup/uclookup.h"
 #include "ui/beep.h"

@@ -1,5 +1,6 @@
 // The own-station window: grid line, when its settings are written, fetching the position.
 #include "app/settings.h"
+#include "app/statustexts.h"
 #include "lookup/callbookserver.h"
 #include "lookup/uclookup.h"
 #include "setup/form2.h"
@@ -134,6 +135,35 @@ private slots:
         form.cmdGetLatLon->click();
         QTRY_COMPARE_WITH_TIMEOUT(form.txtLat->text(), QString("52.52"), 10000);
         QCOMPARE(form.Label3->text(), "\n" + QString(g.Texts.SetupPositionQrzcq).replace("***", "DL1ABC"));
+    }
+
+    // The status texts that differ by service: QRZCQ and Callook have their own, the other
+    // services the shared ones, and a number that names no service finds no position.
+    void statusTextsFollowTheService() {
+        LanguageTexts t;
+        t.LoggedIn = "in";
+        t.NotLoggedIn = "out";
+        t.LoginNotNeededQrzcq = "qrzcq-free";
+        t.LoginNotNeededCallook = "callook-free";
+        t.LookupFailed = "failed";
+        t.LookupFailedQrzcq = "qrzcq-failed";
+        t.CallookStatus = "callook-note";
+        t.SetupPositionFound = "found";
+        t.SetupPositionQrzcq = "qrzcq-found";
+        struct Case {
+            int service;
+            const char* expected;  // login (logged in, not), page without login, own position
+        };
+        for (const Case& c : {Case{0, "0 in out failed failed"}, Case{1, "1 in out failed found"},
+                              Case{2, "2 in out failed found"},
+                              Case{3, "3 qrzcq-free qrzcq-free qrzcq-failed qrzcq-found"},
+                              Case{4, "4 callook-free callook-free callook-note callook-note"},
+                              Case{5, "5 in out failed found"}, Case{6, "6 in out failed failed"}}) {
+            const QString shown = QString::number(c.service) + ' ' + LoginStatus(t, c.service, true) + ' ' +
+                                  LoginStatus(t, c.service, false) + ' ' + LoggedOutPageStatus(t, c.service) + ' ' +
+                                  OwnPositionStatus(t, c.service);
+            QCOMPARE(shown, QString(c.expected));
+        }
     }
 
     // No station, no position or no answer: the typed position stays, and the window says why.
