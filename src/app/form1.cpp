@@ -4,6 +4,7 @@
 #include "app/callflow.h"
 #include "app/datafolder.h"
 #include "app/form13.h"
+#include "app/lookuphosts.h"
 #include "app/picturecache.h"
 #include "app/statustexts.h"
 #include "app/settings.h"
@@ -103,7 +104,7 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     Image1->setCursor(Qt::PointingHandCursor);
     for (QLabel* clickable : {Image1, lblMaps, lblSetup}) clickable->installEventFilter(this);
 
-    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
+    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHostsFromSettings(), this);
     connect(lookUp, &ucLookUp::LoginChecked, this, &Form1::onLoginChecked);
     connect(lookUp, &ucLookUp::GotPage, this, &Form1::onGotPage);
     connect(lookUp, &ucLookUp::PageNotFound, this, &Form1::onPageNotFound);

@@ -2,6 +2,7 @@
 
 #include "cli/cliargs.h"
 #include "common/vbtext.h"
+#include "app/lookuphosts.h"
 #include "app/settings.h"
 #include "db/calldatabase.h"
 #include "db/storestation.h"
@@ -12,7 +13,7 @@
 #include "lookup/cleancall.h"
 #include "lookup/htmldecode.h"
 #include "lookup/stationreader.h"
-#include "platform/platform.h"
+#include "platform/system.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -393,7 +394,7 @@ int runLookup(const CliArgs& p) {
     }
 
     QByteArray buffer;
-    ucLookUp control(buffer, LookupHosts::FromSettings());
+    ucLookUp control(buffer, LookupHostsFromSettings());
     control.setDatabase(static_cast<int16_t>(service));
     QEventLoop loop;
     bool arrived = false;
