@@ -1,10 +1,6 @@
 // Linux with X11: Xlib with the EWMH properties for windows (folders and processes: system_linux.cpp).
 #include "platform/platform.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QStandardPaths>
 #include <algorithm>
 #include <memory>
 #include <vector>
