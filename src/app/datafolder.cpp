@@ -1,5 +1,7 @@
 #include "app/datafolder.h"
 
+#include "platform/system.h"
+
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -52,3 +54,5 @@ bool SeedDataFolder(const QString& defaultFolder, const QString& dataPath, QStri
     }
     return ok;
 }
+
+QString UserDataFolder() { return platform::GetAppDataFolder() + u'/' + QLatin1String(kDataFolderName); }

@@ -1,6 +1,5 @@
 #pragma once
 // The default data folder that ships with the program, and the first-run copy of it.
-#include "platform/platform.h"
 
 #include <QString>
 
@@ -8,7 +7,7 @@
 inline constexpr char kDataFolderName[] = "Norvane";
 
 // The user's data folder: <roaming application data>/Norvane, no trailing separator.
-inline QString UserDataFolder() { return platform::GetAppDataFolder() + u'/' + QLatin1String(kDataFolderName); }
+QString UserDataFolder();
 
 // The shipped default data folder: beside the executable in the build tree (share/Norvane) or in
 // an installed tree (../share/pxcallsigns/Norvane). "" when neither exists.

@@ -4,6 +4,7 @@
 #include "app/callflow.h"
 #include "app/datafolder.h"
 #include "app/form13.h"
+#include "app/lookuphosts.h"
 #include "app/picturecache.h"
 #include "app/statustexts.h"
 #include "app/settings.h"
@@ -51,7 +52,7 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
 
     createControls();
 
-    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
+    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHostsFromSettings(), this);
     connect(lookUp, &ucLookUp::LoginChecked, this, &Form1::onLoginChecked);
     connect(lookUp, &ucLookUp::GotPage, this, &Form1::onGotPage);
     connect(lookUp, &ucLookUp::PageNotFound, this, &Form1::onPageNotFound);

@@ -3,6 +3,7 @@
 #include "cli/cliargs.h"
 #include "common/vbtext.h"
 #include "app/datafolder.h"
+#include "app/lookuphosts.h"
 #include "app/settings.h"
 #include "db/calldatabase.h"
 #include "db/storestation.h"
@@ -13,7 +14,7 @@
 #include "lookup/cleancall.h"
 #include "lookup/htmldecode.h"
 #include "lookup/stationreader.h"
-#include "platform/platform.h"
+#include "platform/system.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -394,7 +395,7 @@ int runLookup(const CliArgs& p) {
     }
 
     QByteArray buffer;
-    ucLookUp control(buffer, LookupHosts::FromSettings());
+    ucLookUp control(buffer, LookupHostsFromSettings());
     control.setDatabase(static_cast<int16_t>(service));
     QEventLoop loop;
     bool arrived = false;

@@ -2,6 +2,7 @@
 
 #include "app/callflow.h"
 #include "app/form13.h"
+#include "app/lookuphosts.h"
 #include "app/picturecache.h"
 #include "common/vbtext.h"
 #include "db/calldatabase.h"
@@ -47,7 +48,7 @@ Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
 
     createControls();
 
-    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
+    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHostsFromSettings(), this);
     connect(lookUp, &ucLookUp::GotPage, this, &Form26::ucLookUp_GotPage);
     connect(lookUp, &ucLookUp::CallNotFound, this, &Form26::ucLookUp_CallNotFound);
     connect(lookUp, &ucLookUp::LoginRequired, this, &Form26::ucLookUp_CallNotFound);

@@ -1,22 +1,5 @@
 #include "lookup/services.h"
 
-#include "app/settings.h"
-
 const CallbookService* ServiceByNumber(int number) {
     return number >= 1 && number <= static_cast<int>(kServices.size()) ? &kServices[number - 1] : nullptr;
-}
-
-LookupHosts LookupHosts::FromSettings() {
-    auto host = [](const char* key, const char* fallback) {
-        QString value = settings::GetSetting({"Hosts", key}, QLatin1String(fallback));
-        while (value.endsWith(u'/')) value.chop(1);
-        return value;
-    };
-    LookupHosts hosts;
-    for (size_t i = 0; i < kServices.size(); ++i) hosts.services[i] = host(kServices[i].name, kServices[i].defaultHost);
-    hosts.pictures = host("Pictures", "http://files.qrz.com");
-    hosts.updates = host("Updates", "");
-    hosts.timeoutMs = settings::GetInt32Setting({"Hosts", "TimeoutMs"}, hosts.timeoutMs);
-    hosts.maxBytes = settings::GetInt32Setting({"Hosts", "MaxBytes"}, static_cast<int32_t>(hosts.maxBytes));
-    return hosts;
 }

@@ -1,6 +1,7 @@
 #pragma once
 // The call-book services, the picture server and the update site: what follows each host is
-// fixed, the hosts themselves come from the settings (section "Hosts") with real defaults.
+// fixed, the hosts themselves are given by the caller (the program reads them from its settings,
+// app/lookuphosts.h); the defaults are the real ones.
 //
 // kServices is the one list of the services: every window, the lookup control, the field
 // parsers and the command line read their names, paths and differences from it.
@@ -69,8 +70,4 @@ struct LookupHosts {
     QString updates;   // where the update probe looks ("" : no probe)
     int timeoutMs = 20000;           // a transfer that stalls this long fails
     qint64 maxBytes = 8 * 1024 * 1024;  // a larger download fails
-
-    // From the settings, section "Hosts": keys "eHam", "QRZ", "QRZCQ", "Callook", "HamCall",
-    // "Pictures", "Updates", "TimeoutMs", "MaxBytes".
-    static LookupHosts FromSettings();
 };

@@ -1,6 +1,9 @@
 #pragma once
-// Everything the program asks of the operating system, behind one header. Only the files in this
-// folder include X11 or Windows headers.
+// What the program asks of the desktop: windows, the display and sound. Only the files in this
+// folder include X11 or Windows headers. Folders and processes, which need no display, are in
+// platform/system.h (included here for the windows' convenience).
+#include "platform/system.h"
+
 #include <QRect>
 #include <QString>
 #include <cstdint>
@@ -9,19 +12,6 @@
 namespace platform {
 
 using WindowId = uint64_t;  // 0: no window
-
-// The current user's roaming application-data folder ("" when it cannot be had).
-// Linux: $XDG_DATA_HOME, else ~/.local/share.
-QString GetAppDataFolder();
-
-// Where Pictaro is installed when nothing better is known, ending in a separator.
-// Linux: the same folder inside the default Wine prefix.
-QString DefaultPictaroInstall();
-
-// Folder (ending in a separator) of the first running process whose program path contains name
-// (case-sensitive), "" when none does. A program running under Wine shows its Windows path in
-// its command line; that path is mapped to the Linux folder through the Wine prefix.
-QString FindProgPath(const QString& name);
 
 // First top-level window whose title contains part, compared without regard to case; an empty
 // part finds nothing. Titles are cut at 255 characters.

@@ -1,5 +1,6 @@
 #include "setup/form2.h"
 
+#include "app/lookuphosts.h"
 #include "app/settings.h"
 #include "app/statustexts.h"
 #include "common/vbtext.h"
@@ -63,7 +64,7 @@ Form2::Form2(ModuleValues& values, QWidget* parent) : QWidget(parent, Qt::Window
     cmdClose->setObjectName(QStringLiteral("cmdClose"));
     layOutControls();
 
-    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHosts::FromSettings(), this);
+    lookUp = new ucLookUp(g_.DownloadBuffer, LookupHostsFromSettings(), this);
     connect(lookUp, &ucLookUp::GotPage, this, &Form2::onGotPage);
     for (auto refused : {&ucLookUp::LoginRequired, &ucLookUp::CallNotFound})
         connect(lookUp, refused, this, [this] { busy_.set(false); });

@@ -1,0 +1,7 @@
+#pragma once
+// The lookup engine's hosts as the settings give them; the engine itself knows no settings.
+#include "lookup/services.h"
+
+// From the settings, section "Hosts": keys "eHam", "QRZ", "QRZCQ", "Callook", "HamCall",
+// "Pictures", "Updates", "TimeoutMs", "MaxBytes"; a key that is not there keeps the default.
+LookupHosts LookupHostsFromSettings();
