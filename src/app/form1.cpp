@@ -216,7 +216,7 @@ void Form1::LookUpCall(const QString& typed) {
     cmdUpdate->setText(updateCaption());
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     // Whatever the last lookup still waits for is of no use now.
-    forgetPendingPage();
+    page_.forget(*lookUp);
     lblStatus->clear();
     QString text = typed;
     const QString call = CleanCall(text);
@@ -240,22 +240,8 @@ void Form1::LookUpCall(const QString& typed) {
 }
 
 void Form1::askService(const QString& call) {
-    forgetPendingPage();
-    // The picture of this call may still be on its way: its answer would come back under the
-    // call's name and be taken for the page.
-    lookUp->CancelDownload(call);
-    pendingPage_ = call;
-    lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
-    lookUp->GetPage(call);
+    page_.ask(*lookUp, static_cast<int16_t>(cboDB->currentIndex() + 1), call);
 }
-
-void Form1::forgetPendingPage() {
-    if (pendingPage_.isEmpty()) return;
-    lookUp->CancelDownload(pendingPage_);
-    pendingPage_.clear();
-}
-
-bool Form1::answersPendingPage(const QString& id) const { return !pendingPage_.isEmpty() && id == pendingPage_; }
 
 void Form1::ShowDbRecord(const CallRecord& record) {
     g_.CurrentCall = vb::trim(record.Call());
@@ -316,7 +302,7 @@ void Form1::onSiteNotFound(const QString&) {
 }
 
 void Form1::onGotPage(const QString& call, bool loggedIn) {
-    if (!answersPendingPage(call)) return;  // the answer to a lookup that was replaced
+    if (!page_.isAnswer(call)) return;  // the answer to a lookup that was replaced
     if (loggedIn) {
         lblStatus->setText(g_.Texts.LookupOk);
     } else {
@@ -328,11 +314,10 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
             busy_.set(false);
         }
     }
-    if (call.isEmpty()) return;
     lblCall->setText(call + QStringLiteral("  (") + g_.Texts.SourceWeb + g_.ServiceName + u')');
     // The events the name raises say why a page holds no station (their handlers show it).
     const lookup::StationReading reading = lookup::ReadStation(*lookUp, call);
-    pendingPage_.clear();
+    page_.arrived();
     if (!reading.station) {
         // Nothing from such a page is shown or kept.
         if (!reading.refusal) showNotFound(call);
@@ -362,8 +347,8 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
 }
 
 void Form1::onPageNotFound(const QString& id) {
-    if (!answersPendingPage(id)) return;
-    pendingPage_.clear();
+    if (!page_.isAnswer(id)) return;
+    page_.arrived();
     lblCall->setText(g_.Texts.NotFound + id);
     lblName->clear();
     lblStatus->setText(FailureStatus(g_.Texts, lookUp->LastFailure, g_.ServiceName));
@@ -373,7 +358,7 @@ void Form1::onPageNotFound(const QString& id) {
 }
 
 void Form1::onCallNotFound(const QString& ca) {
-    if (!answersPendingPage(ca)) return;
+    if (!page_.isAnswer(ca)) return;
     showNotFound(ca);
 }
 
@@ -385,7 +370,7 @@ void Form1::showNotFound(const QString& call) {
 }
 
 void Form1::onLoginRequired(const QString& ca) {
-    if (!answersPendingPage(ca)) return;
+    if (!page_.isAnswer(ca)) return;
     lblName->clear();
     lblCall->setText(g_.Texts.LoginRequired);
     busy_.set(false);
@@ -398,11 +383,11 @@ void Form1::onPictureReady(const QString& id) {
     // station on show gets its picture shown.
     if (StorePictureInCache(g_.DataPath, id, g_.DownloadBuffer) && id == pictureOf_)
         showPicture(PictureCachePath(g_.DataPath, id), 20);
-    if (pendingPage_.isEmpty()) busy_.set(false);
+    if (!page_.waiting()) busy_.set(false);
 }
 
 void Form1::onNoPic(const QString&) {
-    if (pendingPage_.isEmpty()) busy_.set(false);
+    if (!page_.waiting()) busy_.set(false);
 }
 
 void Form1::showPictureFromCache() {

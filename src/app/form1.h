@@ -2,6 +2,7 @@
 // The main window: a small always-on-top strip that shows one station at a time.
 #include "app/modulevalues.h"
 #include "db/callrecord.h"
+#include "lookup/awaitedpage.h"
 
 #include "ui/windowhelpers.h"
 
@@ -116,12 +117,8 @@ private:
 
     // A call typed into the box and Enter pressed.
     void txtCall_Enter();
-    // The page of a call asked of the chosen service; one at a time: a new one, or a lookup
-    // answered from the call-sign file, makes the control drop the one before, and an answer
-    // for any other call changes nothing.
+    // The page of a call asked of the chosen service (see AwaitedPage).
     void askService(const QString& call);
-    void forgetPendingPage();
-    bool answersPendingPage(const QString& id) const;
 
     void showPictureFromCache();
     void showPicture(const QString& file, int margin);
@@ -136,7 +133,7 @@ private:
     QString updateCaption() const;
 
     ModuleValues& g_;
-    QString pendingPage_;      // the call whose page is awaited, "" when none is
+    AwaitedPage page_;         // one at a time: a new lookup, even one the file answers, drops it
     QString pictureOf_;        // the station whose picture belongs on screen, "" while none is shown
     bool startupFlag_ = true;  // the first service-box click is the one loading causes
     bool unloading_ = false;

@@ -56,7 +56,7 @@ Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
     connect(lookUp, &ucLookUp::SiteNotFound, this, &Form26::ucLookUp_Unreachable);
     connect(lookUp, &ucLookUp::PictureReady, this, &Form26::ucLookUp_PictureReady);
     connect(lookUp, &ucLookUp::NoPic, this, [this] {
-        if (pendingPage_.isEmpty()) busy_.set(false);
+        if (!page_.waiting()) busy_.set(false);
     });
 }
 
@@ -117,8 +117,7 @@ void Form26::cmdLookup_Click() {
     if (LookupCall.isEmpty()) return;
     busy_.set(true);
     // A lookup still on its way is of no use now.
-    if (!pendingPage_.isEmpty()) lookUp->CancelDownload(pendingPage_);
-    pendingPage_.clear();
+    page_.forget(*lookUp);
     QString typed = LookupCall;
     const QString call = CleanCall(typed);
     if (call.isEmpty()) {
@@ -127,10 +126,7 @@ void Form26::cmdLookup_Click() {
         return;
     }
     LookupCall = call;
-    pendingPage_ = call;
-    lookUp->CancelDownload(call);  // its picture would come back under the same name
-    lookUp->setDatabase(static_cast<int16_t>(cboDB->currentIndex() + 1));
-    lookUp->GetPage(LookupCall);
+    page_.ask(*lookUp, static_cast<int16_t>(cboDB->currentIndex() + 1), call);
 }
 
 // 4.
@@ -263,8 +259,8 @@ void Form26::coordinateNotice(const QString& text) {
 // 12. A page arrived: the station's fields into the form, and kept in the file.
 void Form26::ucLookUp_GotPage(const QString& call, bool) {
     // Only the answer for the call last asked about (a click in the list asks about another).
-    if (call != pendingPage_ || call != LookupCall) return;
-    pendingPage_.clear();
+    if (!page_.isAnswer(call) || call != LookupCall) return;
+    page_.arrived();
     // A page that says the call is unknown, or wants a login, raises its event while the name
     // is read and holds no station: nothing of it goes into the form or the file.
     const lookup::StationReading reading = lookup::ReadStation(*lookUp, call);
@@ -302,7 +298,7 @@ void Form26::ucLookUp_GotPage(const QString& call, bool) {
 // 13. The service has no station under this call (or wants a login first).
 void Form26::ucLookUp_CallNotFound(const QString& call) {
     if (call != LookupCall) return;
-    pendingPage_.clear();
+    page_.arrived();
     showNotice(call + QStringLiteral(" not found on ") + g_.ServiceName);
     cmdAddNewSite->setEnabled(false);
     cmdDeleteSite->setEnabled(false);
@@ -312,8 +308,8 @@ void Form26::ucLookUp_CallNotFound(const QString& call) {
 
 // 14. The service could not be asked: it did not answer, or answered with an error.
 void Form26::ucLookUp_Unreachable(const QString& call) {
-    if (call != pendingPage_ || call != LookupCall) return;
-    pendingPage_.clear();
+    if (!page_.isAnswer(call) || call != LookupCall) return;
+    page_.arrived();
     busy_.set(false);
     ShowUniMsgBox(this, cboDB->currentText() + u' ' + g_.Texts.ServiceUnreachable, msgbox::kIconInformation, QStringLiteral("PX callsigns"),
                   QStringLiteral("Ok"));
@@ -324,7 +320,7 @@ void Form26::ucLookUp_PictureReady(const QString& call) {
     // Only a picture may go into the cache (a page that arrived late comes here too).
     StorePictureInCache(g_.DataPath, call, g_.DownloadBuffer);
     if (call == vb::trim(txtCall->text())) showPicture(call);
-    if (pendingPage_.isEmpty()) busy_.set(false);
+    if (!page_.waiting()) busy_.set(false);
 }
 
 // 16. The left button shows the picture at its natural size.

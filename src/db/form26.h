@@ -5,6 +5,7 @@
 #include "app/modulevalues.h"
 #include "db/calllistmodel.h"
 #include "db/editorrules.h"
+#include "lookup/awaitedpage.h"
 
 #include "ui/windowhelpers.h"
 
@@ -123,7 +124,7 @@ private:
     ModuleValues& g_;
     QStringList& nicknames_;
     QString pictureCall_;
-    QString pendingPage_;  // the call whose page is awaited, "" when none is
+    AwaitedPage page_;
     BusyPointer busy_;
     bool unloaded_ = false;
     int selecting_ = 0;          // > 0 while the program itself moves the list's selection
