@@ -189,14 +189,15 @@ string_view Prescan::run(unsigned changes) {
         const size_t nameFrom = j;
         name_.clear();
         while (j < html.size() && !isSpace(html[j]) && html[j] != '/' && html[j] != '>') name_ += lower(html[j++]);
-        // Edits inside the tag: attributes nothing reads go (an end tag's all), except where the
-        // cut would join '/' and '>' into the end of a self-closing tag; <isindex>, which the
-        // parser still builds into a form, becomes the unknown element it is to a browser.
+        // Edits inside the tag: attributes nothing reads go (an end tag's all), except one right
+        // behind a '/': cutting it (and what follows it) could join that '/' and the '>' into the
+        // end of a self-closing tag ("<svg/a=\"\"c>"); <isindex>, which the parser still builds
+        // into a form, becomes the unknown element it is to a browser.
         tagEdits_.clear();
         if (conform && name_ == "isindex") tagEdits_.push_back({nameFrom, j, -1, "x-isindex"});
         i = text = behindTag(html, j, [&](size_t from, size_t nameTo, size_t to) {
             if (faster && (isEnd || !keptAttribute(html.substr(from, nameTo - from))) &&
-                !(html[from - 1] == '/' && to < html.size() && html[to] == '>'))
+                html[from - 1] != '/')
                 tagEdits_.push_back({from, to, -1});
         });
         const auto editTag = [&] {
