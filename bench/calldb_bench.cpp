@@ -343,7 +343,7 @@ void appendOurs(benchmark::State& state, int64_t n) {
             break;
         }
         state.PauseTiming();
-        const bool restored = db.DeleteCallRecord(QString::fromStdString(ds.extraFields[e][0]));
+        const bool restored = db.DeleteCallRecord(QString::fromStdString(ds.extraFields[e][0])).ok();
         if (!restored) {
             failInLoop(state, true, "DeleteCallRecord failed");
             break;
@@ -409,7 +409,7 @@ void updateOurs(benchmark::State& state, int64_t n) {
     }
     if (changed != 0) {
         std::copy_n(ds.fileBytes.data() + static_cast<size_t>(changed - 1) * kRec, kRec, db.CurrentRecord.bytes().begin());
-        db.UpdateRecord(changed);
+        if (!db.UpdateRecord(changed)) state.SkipWithError("restoring the changed record failed");
     }
     checkOurs(state, ds);
 }

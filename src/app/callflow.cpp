@@ -80,7 +80,3 @@ QRect PicturePlacement(QSize natural, int innerWidth, int margin) {
     const int ih = static_cast<int>(std::nearbyint(height));
     return QRect(innerWidth - iw - margin, static_cast<int>(std::nearbyint(26 - height / 2)), iw, ih);
 }
-
-QString PictureCachePath(const QString& dataPath, const QString& call) {
-    return dataPath + QStringLiteral("/images/qrzImages/") + call + QStringLiteral(".jpg");
-}

@@ -33,8 +33,3 @@ std::optional<QString> WebMapLink(int item, double lat, double lon, const QStrin
 // high by more than 4:3, else 39 high, the aspect kept; margin pixels from the right, centred on
 // the line 26 pixels from the top.
 QRect PicturePlacement(QSize natural, int innerWidth, int margin);
-
-// The picture cache: dataPath/images/qrzImages/CALL.jpg. A file of fewer than 2001 bytes is the
-// service's placeholder and is fetched again.
-QString PictureCachePath(const QString& dataPath, const QString& call);
-constexpr qint64 kPictureStubBytes = 2001;

@@ -9,11 +9,10 @@
 #include "app/statustexts.h"
 #include "app/settings.h"
 #include "app/startup.h"
+#include "app/stationservice.h"
 #include "common/vbtext.h"
 #include "db/calldatabase.h"
-#include "db/storestation.h"
 #include "lookup/cleancall.h"
-#include "lookup/stationreader.h"
 #include "lookup/uclookup.h"
 #include "platform/platform.h"
 #include "app/nicknames.h"
@@ -53,6 +52,7 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     createControls();
 
     lookUp = new ucLookUp(g_.DownloadBuffer, LookupHostsFromSettings(), this);
+    stations_ = std::make_unique<StationService>(*lookUp, g_.DataPath);
     connect(lookUp, &ucLookUp::LoginChecked, this, &Form1::onLoginChecked);
     connect(lookUp, &ucLookUp::GotPage, this, &Form1::onGotPage);
     connect(lookUp, &ucLookUp::PageNotFound, this, &Form1::onPageNotFound);
@@ -316,19 +316,26 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
     }
     lblCall->setText(call + QStringLiteral("  (") + g_.Texts.SourceWeb + g_.ServiceName + u')');
     // The events the name raises say why a page holds no station (their handlers show it).
-    const lookup::StationReading reading = lookup::ReadStation(*lookUp, call);
+    const TakenPage taken = stations_->Take(call);
     page_.arrived();
-    if (!reading.station) {
+    if (!taken.station) {
         // Nothing from such a page is shown or kept.
-        if (!reading.refusal) showNotFound(call);
+        if (!taken.refusal) showNotFound(call);
         cmdUpdate->setEnabled(!g_.CurrentCall.isEmpty());
         busy_.set(false);
         return;
     }
-    const StationFields& station = *reading.station;
-    g_.CurrentCall = call;
-    pictureOf_ = call;
-    lblName->setText(station.name + NicknameSuffix(lstNicknames, call));
+    showStation(*taken.station);
+    if (!taken.stored.written)
+        ShowUniMsgBox(this, taken.stored.written.message(), msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+    // The picture follows in the background; the window is ready for the next call.
+    busy_.set(false);
+}
+
+void Form1::showStation(const StationFields& station) {
+    g_.CurrentCall = station.call;
+    pictureOf_ = station.call;
+    lblName->setText(station.name + NicknameSuffix(lstNicknames, station.call));
     lblAdd1->setText(station.add1);
     lblAdd2->setText(station.add2);
     lblCtry->setText(station.ctry);
@@ -337,13 +344,7 @@ void Form1::onGotPage(const QString& call, bool loggedIn) {
     lblDxAz->clear();
     if (g_.OtherLat != 0 && g_.OtherLon != 0)
         lblDxAz->setText(DxAzLine(g_.MyLat, g_.MyLon, g_.OtherLat, g_.OtherLon, g_.DistUnit));
-    CallDatabase db(g_.callFilePath());
-    if (!StoreStation(db, station))
-        ShowUniMsgBox(this, db.lastError(), msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
     cmdUpdate->setEnabled(true);
-    // The picture follows in the background; the window is ready for the next call.
-    busy_.set(false);
-    lookUp->GetPicture(call);
 }
 
 void Form1::onPageNotFound(const QString& id) {
@@ -381,7 +382,7 @@ void Form1::onPictureReady(const QString& id) {
     // A page whose completion came after a picture request arrives here as well (the control
     // goes by the latest request's kind): only a picture goes into the cache, and only the
     // station on show gets its picture shown.
-    if (StorePictureInCache(g_.DataPath, id, g_.DownloadBuffer) && id == pictureOf_)
+    if (stations_->KeepPicture(id, g_.DownloadBuffer) && id == pictureOf_)
         showPicture(PictureCachePath(g_.DataPath, id), 20);
     if (!page_.waiting()) busy_.set(false);
 }

@@ -1,6 +1,7 @@
 #pragma once
 // The main window: a small always-on-top strip that shows one station at a time.
 #include "app/modulevalues.h"
+#include "app/stationservice.h"
 #include "db/callrecord.h"
 #include "lookup/awaitedpage.h"
 
@@ -10,6 +11,7 @@
 #include <QWidget>
 #include <array>
 #include <functional>
+#include <memory>
 #include <optional>
 
 class PopupMenu;
@@ -114,6 +116,7 @@ private:
     void onNoPic(const QString& id);
     void onLoginRequired(const QString& ca);
     void showNotFound(const QString& call);
+    void showStation(const StationFields& station);
 
     // A call typed into the box and Enter pressed.
     void txtCall_Enter();
@@ -133,6 +136,7 @@ private:
     QString updateCaption() const;
 
     ModuleValues& g_;
+    std::unique_ptr<StationService> stations_;
     AwaitedPage page_;         // one at a time: a new lookup, even one the file answers, drops it
     QString pictureOf_;        // the station whose picture belongs on screen, "" while none is shown
     bool startupFlag_ = true;  // the first service-box click is the one loading causes

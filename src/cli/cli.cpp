@@ -7,13 +7,13 @@
 #include "app/settings.h"
 #include "db/calldatabase.h"
 #include "db/storestation.h"
+#include "app/stationservice.h"
 #include "lookup/uclookup.h"
 #include "geo/distanceazimuth.h"
 #include "geo/grid.h"
 #include "lookup/callbookfields.h"
 #include "lookup/cleancall.h"
 #include "lookup/htmldecode.h"
-#include "lookup/stationreader.h"
 #include "platform/system.h"
 
 #include <QCoreApplication>
@@ -186,16 +186,14 @@ int runDb(const CliArgs& p) {
         for (const auto& [option, limit] : {std::pair{"--lat", 90.0}, {"--lon", 180.0}})
             if (const QString error = positionError(p, option, limit); !error.isEmpty()) return usageError(error);
         if (!db.exists()) db.FindCallRecord(call);  // creates the empty file
-        const int32_t n = db.FindCallRecord(call);
-        db.ClearRecord();
-        for (const FieldOption& f : kFieldOptions)
-            db.CurrentRecord.setField(f.field, f.field == CallField::Call ? call : p.values.value(QLatin1String(f.option)));
-        const bool ok = n == 0 ? db.AppendSorted() : db.UpdateRecord(n);
-        if (!ok) {
-            err() << "pxcallsigns: " << db.lastError() << "\n";
+        const auto value = [&](const char* option) { return p.values.value(QLatin1String(option)); };
+        const StoreOutcome stored = StoreRecord(db, {call, value("--name"), value("--add1"), value("--add2"), value("--ctry"),
+                                                     value("--lat"), value("--lon"), value("--class"), value("--year")});
+        if (!stored.written) {
+            err() << "pxcallsigns: " << stored.written.message() << "\n";
             return 1;
         }
-        out() << (n == 0 ? "added " : "updated ") << call << "\n";
+        out() << (stored.appended ? "added " : "updated ") << call << "\n";
         return 0;
     }
     // delete: every record of the call, found by reading them all as the delete itself does.
@@ -205,8 +203,8 @@ int runDb(const CliArgs& p) {
         err() << p.positional[2] << ": not found\n";
         return 1;
     }
-    if (!db.DeleteCallRecord(p.positional[2])) {
-        err() << "pxcallsigns: " << db.lastError() << "\n";
+    if (const Status deleted = db.DeleteCallRecord(p.positional[2]); !deleted) {
+        err() << "pxcallsigns: " << deleted.message() << "\n";
         return 1;
     }
     return 0;
@@ -413,17 +411,25 @@ int runLookup(const CliArgs& p) {
         err() << "pxcallsigns: " << serviceName << " could not be reached\n";
         return 3;
     }
-    const lookup::StationReading reading = lookup::ReadStation(control, call);
-    if (!reading.station) {
-        err() << call << ": " << (reading.refusal == lookup::FieldEvent::LoginRequired ? "login required on " : "not found on ")
+    const QString dataPath = QFileInfo(db.filePath()).absolutePath();
+    StationService stations(control, dataPath);
+    const TakenPage taken = stations.Take(call);
+    if (!taken.station) {
+        err() << call << ": " << (taken.refusal == lookup::FieldEvent::LoginRequired ? "login required on " : "not found on ")
               << serviceName << "\n";
         return 1;
     }
-    const StationFields& station = *reading.station;
-    if (!StoreStation(db, station)) {
-        err() << "pxcallsigns: " << db.lastError() << "\n";
+    if (!taken.stored.written) {
+        err() << "pxcallsigns: " << taken.stored.written.message() << "\n";
         return 1;
     }
+    // The station's picture into the cache, as the windows keep it; none is no failure.
+    QObject::connect(&control, &ucLookUp::PictureReady, &loop, [&](const QString& id) {
+        stations.KeepPicture(id, buffer);
+        loop.quit();
+    });
+    QObject::connect(&control, &ucLookUp::NoPic, &loop, &QEventLoop::quit);
+    loop.exec();
     shown.source = serviceName;
     db.FindCallRecord(call);
     for (const FieldOption& f : kFieldOptions) shown.fields.append({f.jsonKey, vb::trim(db.CurrentRecord.field(f.field))});

@@ -160,23 +160,16 @@ public:
         }
         return ok_;
     }
-    bool commit() {
-        if (!ok_ || !file_.flush()) {
-            if (error_.isEmpty()) error_ = file_.errorString();
-            return false;
-        }
+    Status commit() {
+        if (!ok_ || !file_.flush()) return Status::Failed(error_.isEmpty() ? file_.errorString() : error_);
         file_.close();
         std::error_code ec;
         std::filesystem::rename(std::filesystem::path(file_.fileName().toStdU16String()),
                                 std::filesystem::path(target_.toStdU16String()), ec);
-        if (ec) {
-            error_ = QString::fromStdString(ec.message());
-            return false;
-        }
+        if (ec) return Status::Failed(QString::fromStdString(ec.message()));
         committed_ = true;
-        return true;
+        return Status::Ok();
     }
-    const QString& error() const { return error_; }
 
 private:
     QFile file_;
@@ -206,10 +199,6 @@ void CallDatabase::createIfMissing() const {
     }
 }
 
-bool CallDatabase::fail(const QString& message) {
-    error_ = message;
-    return false;
-}
 
 int32_t CallDatabase::FindCallRecord(const QString& key) {
     // The search creates a missing file, as it always has; an existing one needs no look first.
@@ -251,32 +240,30 @@ int32_t CallDatabase::CountRecords() const {
     return roundedCount(QFileInfo(path_).size());
 }
 
-bool CallDatabase::AppendRecord() {
-    error_.clear();
-    if (!exists()) return true;
+Status CallDatabase::AppendRecord() {
+    if (!exists()) return Status::Ok();
     const int32_t n = CountRecords();
     return UpdateRecord(n + 1);
 }
 
-bool CallDatabase::UpdateRecord(int32_t n) {
-    error_.clear();
+Status CallDatabase::UpdateRecord(int32_t n) {
     const QFileInfo info(path_);
-    if (!info.isFile()) return true;
-    if (n < 1) return fail(QStringLiteral("Bad record number"));
+    if (!info.isFile()) return Status::Ok();
+    if (n < 1) return Status::Failed(QStringLiteral("Bad record number"));
     const qint64 at = (static_cast<qint64>(n) - 1) * kRec;
     if (at + kRec <= info.size()) {
         // A record already in the file is overwritten where it stands, in one write: the file
         // keeps its length whatever happens, no other record is touched, and an update of one
         // station in a large file costs one record instead of a copy of the whole file.
         QFile file(path_);
-        if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) return fail(file.errorString());
-        if (!file.seek(at) || file.write(CurrentRecord.bytes().data(), kRec) != kRec) return fail(file.errorString());
-        return true;
+        if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) return Status::Failed(file.errorString());
+        if (!file.seek(at) || file.write(CurrentRecord.bytes().data(), kRec) != kRec) return Status::Failed(file.errorString());
+        return Status::Ok();
     }
     // Anything past the end (an append, a gap, a partial last record) grows the file: that goes
     // through temp.db like every other change of length.
     QFile old(path_);
-    if (!old.open(QIODevice::ReadOnly)) return fail(old.errorString());
+    if (!old.open(QIODevice::ReadOnly)) return Status::Failed(old.errorString());
     const qint64 length = old.size();
     AtomicWriter out(tempPath(), path_);
     out.copyRange(old, 0, std::min(length, at));
@@ -284,7 +271,7 @@ bool CallDatabase::UpdateRecord(int32_t n) {
     out.write(CurrentRecord.bytes().data(), kRec);
     if (at + kRec < length) out.copyRange(old, at + kRec, length);
     old.close();
-    return out.commit() || fail(out.error());
+    return out.commit();
 }
 
 namespace {
@@ -342,33 +329,31 @@ void writeInOrder(AtomicWriter& out, const char* data, qint64 length, const std:
 
 }  // namespace
 
-bool CallDatabase::SortDatabase() {
-    error_.clear();
+Status CallDatabase::SortDatabase() {
     createIfMissing();
     MappedFile file(path_);
     const qint64 length = file.length();
     const int64_t n = length / kRec;
-    if (n < 2) return true;
+    if (n < 2) return Status::Ok();
     const std::vector<uint32_t> order = combSortOrder(file.data(), n);
-    if (order.empty()) return true;
+    if (order.empty()) return Status::Ok();
 
     AtomicWriter out(tempPath(), path_);
     writeInOrder(out, file.data(), length, order);
     file.close();
-    return out.commit() || fail(out.error());
+    return out.commit();
 }
 
-bool CallDatabase::AppendSorted() {
-    error_.clear();
+Status CallDatabase::AppendSorted() {
     if (!exists()) {
         // What AppendRecord and SortDatabase leave: AppendRecord does nothing, the sort creates
         // the empty file.
         createIfMissing();
-        return true;
+        return Status::Ok();
     }
     // The file as AppendRecord writes it, built in memory ...
     MappedFile file(path_);
-    if (!file.ok()) return fail(QStringLiteral("Cannot read ") + path_);
+    if (!file.ok()) return Status::Failed(QStringLiteral("Cannot read ") + path_);
     const qint64 length = file.length();
     const qint64 at = static_cast<qint64>(CountRecords()) * kRec;
     QByteArray appended;
@@ -384,7 +369,7 @@ bool CallDatabase::AppendSorted() {
     const std::vector<uint32_t> order = n < 2 ? std::vector<uint32_t>{} : combSortOrder(appended.constData(), n);
     AtomicWriter out(tempPath(), path_);
     writeInOrder(out, appended.constData(), appended.size(), order);
-    return out.commit() || fail(out.error());
+    return out.commit();
 }
 
 void CallDatabase::FillCallList(QStringList& list) const {
@@ -396,11 +381,10 @@ void CallDatabase::FillCallList(QStringList& list) const {
     for (int64_t i = 0; i < n; ++i) list.append(vb::trim(cp1252::decode(file.data() + i * kRec, 6)));
 }
 
-bool CallDatabase::DeleteCallRecord(const QString& key) {
-    error_.clear();
-    if (!exists()) return true;
+Status CallDatabase::DeleteCallRecord(const QString& key) {
+    if (!exists()) return Status::Ok();
     MappedFile in(path_);
-    if (!in.ok()) return fail(QStringLiteral("Cannot read ") + path_);
+    if (!in.ok()) return Status::Failed(QStringLiteral("Cannot read ") + path_);
     const int32_t n = roundedCount(in.length());
     const QString trimmedKey = vb::trim(key);
     AtomicWriter out(tempPath(), path_);
@@ -410,5 +394,5 @@ bool CallDatabase::DeleteCallRecord(const QString& key) {
         if (trimmedKey != vb::trim(rec.Call())) out.write(rec.bytes().data(), kRec);
     }
     in.close();
-    return out.commit() || fail(out.error());
+    return out.commit();
 }

@@ -5,7 +5,9 @@
 // Each procedure opens the file, works and closes it again. An update of a record inside the file
 // overwrites its 167 bytes in place with one write. Every other change writes the complete new
 // contents to "temp.db" beside it and then renames that over the file, so a program killed at
-// any moment leaves either the old file or the new one, never a mix.
+// any moment leaves either the old file or the new one, never a mix. A change that could not be
+// written leaves the file as it was and says why in its Status.
+#include "common/status.h"
 #include "db/callrecord.h"
 
 #include <QString>
@@ -32,19 +34,19 @@ public:
     int32_t CountRecords() const;
 
     // Writes CurrentRecord as record CountRecords() + 1. Does nothing without a file.
-    bool AppendRecord();
+    Status AppendRecord();
 
     // Writes CurrentRecord over record n (from 1): in place when the record lies wholly inside the
     // file, otherwise as a new file that ends with it. Does nothing without a file.
-    bool UpdateRecord(int32_t n);
+    Status UpdateRecord(int32_t n);
 
     // Comb sort (shrink 0.65) of the whole records, ascending by trimmed call sign. A file with
     // bytes after its last whole record keeps them where they are.
-    bool SortDatabase();
+    Status SortDatabase();
 
     // AppendRecord followed by SortDatabase as one change: the file goes from its old contents
     // straight to the bytes those two leave, with no appended but unsorted file in between.
-    bool AppendSorted();
+    Status AppendSorted();
 
     // Clears list and adds every record's trimmed call in file order; leaves the list untouched
     // without a file.
@@ -52,21 +54,16 @@ public:
 
     // Rewrites the file without every record whose trimmed call equals the trimmed key. Nothing
     // happens without a file.
-    bool DeleteCallRecord(const QString& key);
+    Status DeleteCallRecord(const QString& key);
 
     // All nine fields of CurrentRecord to blanks.
     void ClearRecord() { CurrentRecord.clear(); }
-
-    // Why the last change could not be written ("" after a success). The file is then unchanged.
-    const QString& lastError() const { return error_; }
 
     CallRecord CurrentRecord;
 
 private:
     QString tempPath() const;
     void createIfMissing() const;
-    bool fail(const QString& message);
 
     QString path_;
-    QString error_;
 };

@@ -34,31 +34,3 @@ QRect FitPicture(QSize natural) {
     return {centre.x() - width / 2, centre.y() - height / 2, width, height};
 }
 
-QString StoredCall(const QString& typed) {
-    return vb::trim(vb::left(vb::trim(typed), CallRecord::kLayout[0].width));
-}
-
-std::optional<KnownPosition> FindKnownPosition(CallDatabase& db, const QString& call) {
-    if (db.FindCallRecord(call) == 0) return std::nullopt;
-    const CallRecord& r = db.CurrentRecord;
-    const KnownPosition known{vb::trim(r.Call()), vb::trim(r.Lat()), vb::trim(r.Lon())};
-    if (vb::val(known.sLat) == 0 && vb::val(known.sLon) == 0) return std::nullopt;
-    return known;
-}
-
-StoreOutcome StoreEditorRecord(CallDatabase& db, const QString& key, const EditorFields& fields) {
-    const int32_t number = db.FindCallRecord(key);
-    db.ClearRecord();
-    CallRecord& r = db.CurrentRecord;
-    r.setField(CallField::Call, key);
-    r.setField(CallField::Name, fields.name);
-    r.setField(CallField::Add1, fields.add1);
-    r.setField(CallField::Add2, fields.add2);
-    r.setField(CallField::Ctry, fields.ctry);
-    r.setField(CallField::Lat, fields.lat);
-    r.setField(CallField::Lon, fields.lon);
-    r.setField(CallField::Class, fields.licenceClass);
-    r.setField(CallField::YearBorn, fields.yearBorn);
-    if (number != 0) return {false, db.UpdateRecord(number)};
-    return {true, db.AppendSorted()};
-}

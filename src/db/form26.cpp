@@ -10,7 +10,6 @@
 #include "db/listsearch.h"
 #include "db/storestation.h"
 #include "lookup/cleancall.h"
-#include "lookup/stationreader.h"
 #include "lookup/uclookup.h"
 #include "ui/beep.h"
 #include "ui/unimsgbox.h"
@@ -49,6 +48,7 @@ Form26::Form26(ModuleValues& values, QStringList& nicknames, QWidget* parent)
     createControls();
 
     lookUp = new ucLookUp(g_.DownloadBuffer, LookupHostsFromSettings(), this);
+    stations_ = std::make_unique<StationService>(*lookUp, g_.DataPath);
     connect(lookUp, &ucLookUp::GotPage, this, &Form26::ucLookUp_GotPage);
     connect(lookUp, &ucLookUp::CallNotFound, this, &Form26::ucLookUp_CallNotFound);
     connect(lookUp, &ucLookUp::LoginRequired, this, &Form26::ucLookUp_CallNotFound);
@@ -139,11 +139,16 @@ void Form26::storeForm() {
         return;
     }
     CallDatabase db(g_.callFilePath());
-    const StoreOutcome stored = StoreEditorRecord(
-        db, key,
-        {txtName->text(), txtAdd1->text(), txtAdd2->text(), txtCtry->text(), txtLat->text(), txtLon->text(),
-         txtClass->text(), txtYearBorn->text()});
+    const StoreOutcome stored = StoreRecord(
+        db, {key, txtName->text(), txtAdd1->text(), txtAdd2->text(), txtCtry->text(), txtLat->text(), txtLon->text(),
+             txtClass->text(), txtYearBorn->text()});
+    showStored(key, stored);
+    busy_.set(false);
+}
+
+void Form26::showStored(const QString& key, const StoreOutcome& stored) {
     if (stored.appended) {
+        CallDatabase db(g_.callFilePath());
         lstCall->setUpdatesEnabled(false);
         fillList(db);
         const int index = FindStringExact(calls->calls(), key);
@@ -157,8 +162,7 @@ void Form26::storeForm() {
         if (index >= 0) lstCall_Click();
     }
     // The file is unchanged when it could not be written; say why rather than pretend.
-    if (!stored.written) showNotice(db.lastError());
-    busy_.set(false);
+    if (!stored.written) showNotice(stored.written.message());
 }
 
 // 5.
@@ -166,7 +170,7 @@ void Form26::cmdDeleteSite_Click() {
     lstCall->setUpdatesEnabled(false);
     const int top = topIndex();
     CallDatabase db(g_.callFilePath());
-    const bool written = db.DeleteCallRecord(vb::trim(txtCall->text()));
+    const Status written = db.DeleteCallRecord(vb::trim(txtCall->text()));
     fillList(db);
     showCount();
     setTopIndex(top);
@@ -174,7 +178,7 @@ void Form26::cmdDeleteSite_Click() {
     for (QLineEdit* box : {txtCall, txtName, txtNickName, txtAdd1, txtAdd2, txtCtry, txtLat, txtLon, txtClass, txtYearBorn})
         box->setText(QString());
     resetPicture();
-    if (!written) showNotice(db.lastError());
+    if (!written) showNotice(written.message());
 }
 
 // 6.
@@ -263,35 +267,29 @@ void Form26::ucLookUp_GotPage(const QString& call, bool) {
     page_.arrived();
     // A page that says the call is unknown, or wants a login, raises its event while the name
     // is read and holds no station: nothing of it goes into the form or the file.
-    const lookup::StationReading reading = lookup::ReadStation(*lookUp, call);
-    if (!reading.station) {
-        if (!reading.refusal) ucLookUp_CallNotFound(call);
+    const TakenPage taken = stations_->Take(call);
+    if (!taken.station) {
+        if (!taken.refusal) ucLookUp_CallNotFound(call);
         busy_.set(false);
         return;
     }
-    const StationFields& station = *reading.station;
+    // The form shows the record as kept: a page without a position takes the one the file knows.
+    const RecordFields& kept = taken.record;
     txtCall->setText(call);
-    txtName->setText(station.name);
-    txtAdd1->setText(station.add1);
-    txtAdd2->setText(station.add2);
-    txtCtry->setText(station.ctry);
-    txtLat->setText(CoordinateText(station.lat));
-    txtLon->setText(CoordinateText(station.lon));
-    txtClass->setText(station.licenceClass);
-    txtYearBorn->setText(station.yearBorn);
-    // The editor's own position of the station: the main window's station stays as it is.
-    OtherLat = vb::val(txtLat->text());
-    OtherLon = vb::val(txtLon->text());
-    if (OtherLat == 0 && OtherLon == 0) {
-        CallDatabase db(g_.callFilePath());
-        if (const auto known = FindKnownPosition(db, call)) {
-            txtLat->setText(known->sLat);
-            txtLon->setText(known->sLon);
-        }
-    }
-    storeForm();
+    txtName->setText(kept.name);
+    txtAdd1->setText(kept.add1);
+    txtAdd2->setText(kept.add2);
+    txtCtry->setText(kept.ctry);
+    txtLat->setText(kept.lat);
+    txtLon->setText(kept.lon);
+    txtClass->setText(kept.licenceClass);
+    txtYearBorn->setText(kept.yearBorn);
+    // The editor's own position of the station, as the page gave it: the main window's station
+    // stays as it is.
+    OtherLat = taken.positionFromFile ? 0 : vb::val(kept.lat);
+    OtherLon = taken.positionFromFile ? 0 : vb::val(kept.lon);
+    showStored(StoredCall(call), taken.stored);
     // The station's picture comes next (15).
-    lookUp->GetPicture(call);
     busy_.set(false);
 }
 
@@ -318,7 +316,7 @@ void Form26::ucLookUp_Unreachable(const QString& call) {
 // 15. The picture of a looked-up station: kept in the cache and shown while its call is in the form.
 void Form26::ucLookUp_PictureReady(const QString& call) {
     // Only a picture may go into the cache (a page that arrived late comes here too).
-    StorePictureInCache(g_.DataPath, call, g_.DownloadBuffer);
+    stations_->KeepPicture(call, g_.DownloadBuffer);
     if (call == vb::trim(txtCall->text())) showPicture(call);
     if (!page_.waiting()) busy_.set(false);
 }

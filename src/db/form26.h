@@ -3,8 +3,10 @@
 // fields and the nickname, buttons to add or update, delete and look the call up on a call-book
 // service, and the station picture from the picture cache.
 #include "app/modulevalues.h"
+#include "app/stationservice.h"
 #include "db/calllistmodel.h"
 #include "db/editorrules.h"
+#include "db/storestation.h"
 #include "lookup/awaitedpage.h"
 
 #include "ui/windowhelpers.h"
@@ -13,6 +15,7 @@
 #include <QRect>
 #include <QStringList>
 #include <QWidget>
+#include <memory>
 #include <array>
 
 class CallDatabase;
@@ -108,6 +111,8 @@ private:
     // The form kept in the file: find, clear, copy the nine boxes, then append + sort (and show
     // the new call in the list) or update in place.
     void storeForm();
+    // After a write: a new call is listed and selected; a failure is said.
+    void showStored(const QString& key, const StoreOutcome& stored);
     void fillList(CallDatabase& db);
     void showCount();
     void showNotice(const QString& text);
@@ -122,6 +127,7 @@ private:
     QString lookupCaption(const QString& call) const;
 
     ModuleValues& g_;
+    std::unique_ptr<StationService> stations_;
     QStringList& nicknames_;
     QString pictureCall_;
     AwaitedPage page_;

@@ -2,11 +2,11 @@
 
 #include "app/lookuphosts.h"
 #include "app/settings.h"
+#include "app/stationservice.h"
 #include "app/statustexts.h"
 #include "common/vbtext.h"
 #include "db/storestation.h"
 #include "geo/grid.h"
-#include "lookup/stationreader.h"
 #include "lookup/services.h"
 #include "lookup/uclookup.h"
 #include "ui/windowhelpers.h"
@@ -173,7 +173,7 @@ void Form2::onGotPage(const QString& call, bool) {
     busy_.set(false);
     // Only a station with a known position replaces the typed one: a page without the station,
     // or one that gives no position, would put the own station at 0, 0.
-    const lookup::StationReading reading = lookup::ReadStation(*lookUp, call);
+    const lookup::StationReading reading = StationService(*lookUp, g_.DataPath).Read(call);
     if (!reading.station || (reading.station->lat == 0 && reading.station->lon == 0)) {
         Label3->setText(u'\n' + QString(g_.Texts.SetupNoPosition)
                                      .replace(QStringLiteral("???"), g_.MyCall)

@@ -29,7 +29,7 @@ protected:
     void store(const QString& call, const QString& name) {
         const int32_t n = db.FindCallRecord(call);
         fill(call, name);
-        ASSERT_TRUE(n == 0 ? db.AppendRecord() && db.SortDatabase() : db.UpdateRecord(n)) << call.toStdString();
+        ASSERT_TRUE(n == 0 ? db.AppendRecord() && db.SortDatabase() : db.UpdateRecord(n).ok()) << call.toStdString();
     }
 };
 
@@ -150,8 +150,9 @@ TEST_F(CallDatabaseTest, DeleteRemovesEveryCopyAndIgnoresAStaleTempFile) {
 TEST_F(CallDatabaseTest, AFailedWriteLeavesTheFileAsItWas) {
     writeFile(path, records({"B", "A"}));
     ASSERT_TRUE(QDir(dir.path()).mkdir("temp.db"));  // a folder cannot be opened as the temporary file
-    EXPECT_FALSE(db.SortDatabase());
-    EXPECT_FALSE(db.lastError().isEmpty());
+    const Status sorted = db.SortDatabase();
+    EXPECT_FALSE(sorted);
+    EXPECT_FALSE(sorted.message().isEmpty());
     fill("C", "x");
     EXPECT_FALSE(db.AppendRecord());
     EXPECT_EQ(readFile(path), records({"B", "A"}));

@@ -29,6 +29,7 @@ protected:
         ASSERT_GT(server.port(), 0);
         for (const char* service : {"eHam", "QRZ", "QRZCQ", "Callook", "HamCall"})
             settings::SaveSetting({"Hosts", service}, server.url("/" + QString(service).toLower()));
+        settings::SaveSetting({"Hosts", "Pictures"}, server.url("/pictures"));
         settings::SaveSetting({"Hosts", "TimeoutMs"}, "2000");
         settings::SaveSetting(settings::kServiceIndex, "1");
     }
@@ -47,6 +48,9 @@ TEST_F(CliLookupTest, FromTheServiceThenFromTheFile) {
     for (const auto& [key, f] : {std::pair{"Name", CallField::Name}, {"Lat", CallField::Lat}, {"Lon", CallField::Lon},
                                  {"Class", CallField::Class}, {"YearBorn", CallField::YearBorn}})
         EXPECT_EQ(r.json[key].toString(), fields[int(f)]) << key;
+    // The station's picture in the cache, byte for byte as the server sent it.
+    EXPECT_EQ(testutil::readFile(data.path() + "/images/qrzImages/DL1ABC.jpg"),
+              testutil::readFile(PX_SOURCE_DIR "/tests/fixtures/pictures/dl1abc.jpg"));
 
     // The second time the file answers, even with the service gone.
     r = lookup({"DL1ABC", "--data", data.path(), "--service", "5"});
