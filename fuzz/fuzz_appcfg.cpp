@@ -65,15 +65,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const QStringList lines = linesOf(contents.left(1 << 20));
     check(SplitLines(cp1252::decode(contents)) == linesOf(contents), "SplitLines");
 
-    QString error = QStringLiteral("untouched");
-    const std::optional<AppCfg> cfg = ReadAppCfg(path, &error);
+    const Result<AppCfg> cfg = ReadAppCfg(path);
     if (lines.size() < 59) {
         check(!cfg, "a result from fewer than 59 lines", QString::number(lines.size()));
-        check(error == QStringLiteral("Input past end of file\r\n") + path, "message", error);
+        check(cfg.message() == QStringLiteral("Input past end of file\r\n") + path, "message", cfg.message());
         return 0;
     }
-    if (!cfg) fail("no result from 59 lines or more", error);
-    check(error == QStringLiteral("untouched"), "message after a success", error);
+    if (!cfg) fail("no result from 59 lines or more", cfg.message());
+    check(cfg.message().isEmpty(), "message after a success", cfg.message());
     check(cfg->myCall == lines[0], "own call", cfg->myCall);
     const QString& line59 = lines[58];
     static const char* const kNames[10] = {"English", "French", "German", nullptr, "Japanese",

@@ -29,17 +29,11 @@ QStringList SplitLines(const QString& text) {
     return lines;
 }
 
-std::optional<AppCfg> ReadAppCfg(const QString& path, QString* error) {
+Result<AppCfg> ReadAppCfg(const QString& path) {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("File not found\r\n") + path;
-        return std::nullopt;
-    }
+    if (!file.open(QIODevice::ReadOnly)) return Status::Failed(QStringLiteral("File not found\r\n") + path);
     // app.cfg is a few kilobytes; read no more than its first megabyte.
     const QStringList lines = SplitLines(cp1252::decode(file.read(1 << 20)));
-    if (lines.size() < 59) {
-        *error = QStringLiteral("Input past end of file\r\n") + path;
-        return std::nullopt;
-    }
+    if (lines.size() < 59) return Status::Failed(QStringLiteral("Input past end of file\r\n") + path);
     return AppCfg{lines[0], LanguageFromAppCfg(lines[58])};
 }

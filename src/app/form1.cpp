@@ -114,10 +114,9 @@ bool Form1::Form_Load() {
     }
     if (pictaro.store) settings::SaveSetting(settings::kPictaroInstall, pictaro.folder);
     // 10. Own call and language.
-    QString error;
-    const auto cfg = ReadAppCfg(pictaro.folder + QStringLiteral("app.cfg"), &error);
+    const Result<AppCfg> cfg = ReadAppCfg(pictaro.folder + QStringLiteral("app.cfg"));
     if (!cfg) {
-        showFailure(error, QLatin1String(kFailureTitle));
+        showFailure(cfg.message(), QLatin1String(kFailureTitle));
         return false;
     }
     g_.MyCall = cfg->myCall;
@@ -376,109 +375,6 @@ void Form1::onLoginRequired(const QString& ca) {
     lblCall->setText(g_.Texts.LoginRequired);
     busy_.set(false);
     failureBeep();
-}
-
-void Form1::onPictureReady(const QString& id) {
-    // A page whose completion came after a picture request arrives here as well (the control
-    // goes by the latest request's kind): only a picture goes into the cache, and only the
-    // station on show gets its picture shown.
-    if (stations_->KeepPicture(id, g_.DownloadBuffer) && id == pictureOf_)
-        showPicture(PictureCachePath(g_.DataPath, id), 20);
-    if (!page_.waiting()) busy_.set(false);
-}
-
-void Form1::onNoPic(const QString&) {
-    if (!page_.waiting()) busy_.set(false);
-}
-
-void Form1::showPictureFromCache() {
-    const QString file = PictureCachePath(g_.DataPath, g_.CurrentCall);
-    const QFileInfo info(file);
-    if (!info.isFile()) return;  // no picture yet: the web lookup asks for one
-    if (info.size() >= kPictureStubBytes) {
-        showPicture(file, 10);
-        return;
-    }
-    // The service's placeholder: fetch the real picture again.
-    g_.CurrentCall = vb::trim(lblCall->text()).section(u' ', 0, 0);
-    pictureOf_ = g_.CurrentCall;
-    if (!lookUp->PictureUrl(g_.CurrentCall).isEmpty()) lookUp->GetPicture(g_.CurrentCall);
-}
-
-void Form1::showPicture(const QString& file, int margin) {
-    const QPixmap picture(file);
-    if (picture.isNull()) return;
-    const int innerWidth = margin == 10 ? width() : pic1->contentsRect().width();
-    Image1->setPixmap(picture);
-    Image1->setGeometry(PicturePlacement(picture.size(), innerWidth, margin));
-    Image1->show();
-    Image1->raise();
-}
-
-void Form1::enlargePicture() {
-    const QPixmap picture(PictureCachePath(g_.DataPath, g_.CurrentCall));
-    if (picture.isNull()) return;
-    (new Form13(picture, this))->ShowCentredOn(QCursor::pos());
-}
-
-bool Form1::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == Image1 && (event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent))
-        setPictureRoom(event->type() == QEvent::ShowToParent);
-    if (event->type() != QEvent::MouseButtonPress) return QWidget::eventFilter(watched, event);
-    const auto* mouse = static_cast<QMouseEvent*>(event);
-    if (watched == Image1 && mouse->button() == Qt::LeftButton) {
-        enlargePicture();
-        return true;
-    }
-    if (watched == lblSetup) {
-        QList<MenuItem> items;
-        for (int i = 0; i < static_cast<int>(SetupMenuCaptions.size()); ++i) items.append({i, SetupMenuCaptions[i]});
-        showMenu(lblSetup, items, &Form1::MnuSetupClick);
-        return true;
-    }
-    return QWidget::eventFilter(watched, event);
-}
-
-void Form1::showMenu(QLabel* at, const QList<MenuItem>& items, void (Form1::*handler)(int)) {
-    if (menu_) menu_->close();
-    menu_ = MakeMenu(items, at->mapToGlobal(QPoint(0, 0)), [this, handler](int item) { (this->*handler)(item); }, this);
-    connect(menu_, &QObject::destroyed, this, [this] { menu_ = nullptr; });
-    tmrMenus->start();
-}
-
-void Form1::tmrMenus_Timer() {
-    if (menu_ && IsCursorOver(menu_)) return;
-    tmrMenus->stop();
-    if (menu_) menu_->close();
-}
-
-void Form1::MnuSetupClick(int item) {
-    tmrMenus->stop();
-    if (menu_) menu_->close();
-    if (item == 0) {
-        if (CountLoadedWindows(QStringLiteral("Form2")) >= 1) return;
-        auto* form2 = new Form2(g_, this);
-        connect(form2, &Form2::closed, this, &Form1::RefreshDistance);
-        PlaceWindowBeside(form2, this);
-        form2->show();
-    }
-    if (item == 1) {
-        if (CountLoadedWindows(QStringLiteral("Form26")) >= 1) return;
-        auto* form26 = new Form26(g_, lstNicknames, this);
-        form26->setAttribute(Qt::WA_DeleteOnClose);
-        connect(form26, &Form26::Unloaded, this, [this](bool nicknamesChanged) {
-            // The nickname list is the main window's: it goes back to its file when it changed.
-            QString error;
-            if (nicknamesChanged &&
-                !SaveNicknames(g_.nicknamesPath(), lstNicknames, &error))
-                ShowUniMsgBox(this, error, msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
-        });
-        form26->Form_Load();
-        PlaceWindowBeside(form26, this);
-        form26->show();
-    }
-    if (item == 2) ShowHelp();
-    if (item == 3) Unload();
 }
 
 void Form1::RefreshDistance() {

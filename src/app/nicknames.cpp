@@ -35,14 +35,13 @@ QByteArray NicknameFileBytes(const QStringList& entries) {
     return cp1252::encode(text);
 }
 
-bool SaveNicknames(const QString& path, const QStringList& entries, QString* error) {
+Status SaveNicknames(const QString& path, const QStringList& entries) {
     QSaveFile file(path);
     const QByteArray bytes = NicknameFileBytes(entries);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        if (error) *error = file.errorString();
+        const QString why = file.errorString();
         file.cancelWriting();
-        return false;
+        return Status::Failed(why);
     }
-    if (error) error->clear();
-    return true;
+    return Status::Ok();
 }

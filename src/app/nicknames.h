@@ -5,6 +5,8 @@
 // Every entry is written on its own line, in list order, so that reading the file again gives the
 // same list: entries the user wrote by hand (on lines or separated by commas, quoted or not) come
 // back unchanged and in their place.
+#include "common/status.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -18,6 +20,5 @@
 QByteArray NicknameFileBytes(const QStringList& entries);
 
 // Writes the entries to path in one step: the file holds either its old contents or the new ones,
-// never a part. False, with the reason in *error (when given), when the file could not be
-// written; the old file is then unchanged.
-bool SaveNicknames(const QString& path, const QStringList& entries, QString* error);
+// never a part. A failure says why; the old file is then unchanged.
+Status SaveNicknames(const QString& path, const QStringList& entries);

@@ -65,9 +65,9 @@ TEST(NicknamesTest, ReadEditWriteKeepsTheOtherEntries) {
         ASSERT_TRUE(list.has_value());
         c.edit(*list);
         EXPECT_EQ(*list, c.expectedList);
-        QString error = "not cleared";
-        ASSERT_TRUE(SaveNicknames(path, *list, &error));
-        EXPECT_EQ(error, "");
+        const Status saved = SaveNicknames(path, *list);
+        ASSERT_TRUE(saved);
+        EXPECT_EQ(saved.message(), "");
         EXPECT_EQ(readFile(path), c.expectedFile);
         // And read once more: the same list.
         EXPECT_EQ(ReadNicknames(path).value_or(QStringList{"<unreadable>"}), c.expectedList);
@@ -103,7 +103,7 @@ TEST(NicknamesTest, WritesInOneStepOrNotAtAll) {
     const QString path = dir.path() + "/nicknames.txt";
     EXPECT_FALSE(ReadNicknames(path).has_value()) << "no file, no list";
     writeFile(path, "OLD*entry\r\n");
-    ASSERT_TRUE(SaveNicknames(path, {"PA3XYZ*Jan"}, nullptr));
+    ASSERT_TRUE(SaveNicknames(path, {"PA3XYZ*Jan"}));
     EXPECT_EQ(readFile(path), "PA3XYZ*Jan\r\n");
     // Nothing else is left beside it.
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"nicknames.txt"});
@@ -112,10 +112,9 @@ TEST(NicknamesTest, WritesInOneStepOrNotAtAll) {
     writeFile(dir.path() + "/plain", "x");
     for (const QString& bad : {dir.path() + "/plain/nicknames.txt", dir.path()}) {
         SCOPED_TRACE(bad.toStdString());
-        QString error;
-        EXPECT_FALSE(SaveNicknames(bad, {"PA3XYZ*Jan"}, &error));
-        EXPECT_NE(error, "");
-        EXPECT_FALSE(SaveNicknames(bad, {"PA3XYZ*Jan"}, nullptr));
+        const Status saved = SaveNicknames(bad, {"PA3XYZ*Jan"});
+        EXPECT_FALSE(saved);
+        EXPECT_NE(saved.message(), "");
     }
     EXPECT_EQ(readFile(path), "PA3XYZ*Jan\r\n");
     EXPECT_EQ(readFile(dir.path() + "/plain"), "x");

@@ -65,18 +65,14 @@ TEST(AppCfgTest, ReadsLinesOneAndFiftyNine) {
     lines[58] = "5";
     for (const char* eol : {"\r\n", "\n", "\r"}) {
         writeFile(path, lines.join(eol).toLatin1());
-        QString error;
-        const auto cfg = ReadAppCfg(path, &error);
-        ASSERT_TRUE(cfg) << error.toStdString();
+        const auto cfg = ReadAppCfg(path);
+        ASSERT_TRUE(cfg) << cfg.message().toStdString();
         EXPECT_EQ(cfg->myCall, "PA3XYZ");
         EXPECT_EQ(cfg->language, "Dutch");
     }
     writeFile(path, lines.mid(0, 58).join("\r\n").toLatin1() + "\r\n");
-    QString error;
-    EXPECT_FALSE(ReadAppCfg(path, &error));
-    EXPECT_EQ(error, "Input past end of file\r\n" + path);
-    EXPECT_FALSE(ReadAppCfg(dir.path() + "/none.cfg", &error));
-    EXPECT_EQ(error, "File not found\r\n" + dir.path() + "/none.cfg");
+    EXPECT_EQ(ReadAppCfg(path).message(), "Input past end of file\r\n" + path);
+    EXPECT_EQ(ReadAppCfg(dir.path() + "/none.cfg").message(), "File not found\r\n" + dir.path() + "/none.cfg");
 }
 
 TEST(StartupTest, MapCatalogueKeepsNamesEndingInMapBeforeTheExtension) {

@@ -108,10 +108,9 @@ TEST_F(LookupNetworkTest, PageArrivesWithItsNameAndTheSameNameAgainCancelsTheFir
     control.setDatabase(2);
     control.GetPage(QString::fromUtf8("SM\u00d8ABC"));
     control.GetPage(QString::fromUtf8("SM\u00d8ABC"));
-    ASSERT_EQ(control.PendingDownloads, QString::fromUtf8("\0SM\u00d8ABC\0", 9));
+    // One answer, however long one waits: the first download was stopped, not merely overtaken.
     ASSERT_TRUE(rec.waitFor(1, 300));
     EXPECT_EQ(rec.events, QStringList{QString::fromUtf8("GotPage(SM\u00d8ABC,true)")});
-    EXPECT_EQ(control.PendingDownloads, QString(QChar(0)));
     EXPECT_EQ(control.RequestKind, "GetPage");
 }
 
@@ -157,8 +156,8 @@ TEST_F(LookupNetworkTest, PictureBytesInTheBuffer) {
 TEST_F(LookupNetworkTest, UpdateProbeKeepsItsRegistrationName) {
     ASSERT_TRUE(rec.next([&] { control.CheckUpdates(); }));
     EXPECT_TRUE(control.PageText.contains("Latest version: 0.2.0")) << control.PageText.toStdString();
-    // Registered as "Updates", downloaded as "Updates3": the registration stays behind.
-    EXPECT_EQ(control.PendingDownloads, QString::fromLatin1("\0Updates\0", 9));
+    // Registered as "Updates", downloaded as "Updates3": the registration stays behind, and the
+    // next probe still runs and answers.
     ASSERT_TRUE(rec.next([&] { control.CheckUpdates(); }));
     EXPECT_EQ(rec.events, (QStringList{"UpdateFound", "UpdateFound"}));
 }
@@ -183,8 +182,7 @@ TEST_F(LookupNetworkTest, FailuresByKind) {
         ASSERT_TRUE(r.next([&] { down.GetPicture("W1XYZ"); }));
         ASSERT_TRUE(r.next([&] { down.CheckUpdates(); }));
         EXPECT_EQ(r.events, (QStringList{"SiteNotFound(PA3XYZ)", "PageNotFound(G4ABC)", "NoPic(W1XYZ)", "UpdatesNotFound"}));
-        // Failed names stay listed; the buffer is untouched.
-        EXPECT_EQ(down.PendingDownloads, QString::fromLatin1("\0PA3XYZ\0G4ABC\0W1XYZ\0Updates\0", 28));
+        // The buffer is untouched by a failure.
         EXPECT_EQ(kept, "kept");
         EXPECT_EQ(failureText(down.LastFailure), "Unreachable");
     }
@@ -215,8 +213,7 @@ TEST_F(LookupNetworkTest, CancelledDownloadsRaiseNothing) {
     control.CancelDownload("W1XYZ");  // nothing of that name runs
     ASSERT_TRUE(rec.waitFor(1, 2500));
     // Only the other name comes in (as a page: the latest request was one).
-    EXPECT_EQ(rec.events, QStringList{"GotPage(G4ABC,false)"});
-    EXPECT_EQ(control.PendingDownloads, QString::fromLatin1("\0ZZ1HNG\0", 8));
+    EXPECT_EQ(rec.events, QStringList{"GotPage(G4ABC,false)"}) << "nothing from ZZ1HNG, though its timeout has passed";
 }
 
 TEST_F(LookupNetworkTest, RedirectsAreFollowed) {

@@ -1,0 +1,73 @@
+#include "app/form1.h"
+
+#include "app/nicknames.h"
+#include "db/form26.h"
+#include "setup/form2.h"
+#include "ui/popupmenu.h"
+#include "ui/unimsgbox.h"
+#include "ui/windowhelpers.h"
+
+#include <QLabel>
+#include <QMouseEvent>
+#include <QTimer>
+
+// The main window's pop-up menus and what their items open.
+
+bool Form1::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == Image1 && (event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent))
+        setPictureRoom(event->type() == QEvent::ShowToParent);
+    if (event->type() != QEvent::MouseButtonPress) return QWidget::eventFilter(watched, event);
+    const auto* mouse = static_cast<QMouseEvent*>(event);
+    if (watched == Image1 && mouse->button() == Qt::LeftButton) {
+        enlargePicture();
+        return true;
+    }
+    if (watched == lblSetup) {
+        QList<MenuItem> items;
+        for (int i = 0; i < static_cast<int>(SetupMenuCaptions.size()); ++i) items.append({i, SetupMenuCaptions[i]});
+        showMenu(lblSetup, items, &Form1::MnuSetupClick);
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void Form1::showMenu(QLabel* at, const QList<MenuItem>& items, void (Form1::*handler)(int)) {
+    if (menu_) menu_->close();
+    menu_ = MakeMenu(items, at->mapToGlobal(QPoint(0, 0)), [this, handler](int item) { (this->*handler)(item); }, this);
+    connect(menu_, &QObject::destroyed, this, [this] { menu_ = nullptr; });
+    tmrMenus->start();
+}
+
+void Form1::tmrMenus_Timer() {
+    if (menu_ && IsCursorOver(menu_)) return;
+    tmrMenus->stop();
+    if (menu_) menu_->close();
+}
+
+void Form1::MnuSetupClick(int item) {
+    tmrMenus->stop();
+    if (menu_) menu_->close();
+    if (item == 0) {
+        if (CountLoadedWindows(QStringLiteral("Form2")) >= 1) return;
+        auto* form2 = new Form2(g_, this);
+        connect(form2, &Form2::closed, this, &Form1::RefreshDistance);
+        PlaceWindowBeside(form2, this);
+        form2->show();
+    }
+    if (item == 1) {
+        if (CountLoadedWindows(QStringLiteral("Form26")) >= 1) return;
+        auto* form26 = new Form26(g_, lstNicknames, this);
+        form26->setAttribute(Qt::WA_DeleteOnClose);
+        connect(form26, &Form26::Unloaded, this, [this](bool nicknamesChanged) {
+            // The nickname list is the main window's: it goes back to its file when it changed.
+            if (!nicknamesChanged) return;
+            if (const Status saved = SaveNicknames(g_.nicknamesPath(), lstNicknames); !saved)
+                ShowUniMsgBox(this, saved.message(), msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+        });
+        form26->Form_Load();
+        PlaceWindowBeside(form26, this);
+        form26->show();
+    }
+    if (item == 2) ShowHelp();
+    if (item == 3) Unload();
+}

@@ -1,0 +1,58 @@
+#include "app/form1.h"
+
+#include "app/callflow.h"
+#include "app/form13.h"
+#include "app/picturecache.h"
+#include "common/vbtext.h"
+#include "lookup/uclookup.h"
+
+#include <QCursor>
+#include <QFileInfo>
+#include <QLabel>
+#include <QPixmap>
+
+// The station picture in the main window: kept when it arrives, shown from the cache, enlarged
+// on a click.
+
+void Form1::onPictureReady(const QString& id) {
+    // A page whose completion came after a picture request arrives here as well (the control
+    // goes by the latest request's kind): only a picture goes into the cache, and only the
+    // station on show gets its picture shown.
+    if (stations_->KeepPicture(id, g_.DownloadBuffer) && id == pictureOf_)
+        showPicture(PictureCachePath(g_.DataPath, id), 20);
+    if (!page_.waiting()) busy_.set(false);
+}
+
+void Form1::onNoPic(const QString&) {
+    if (!page_.waiting()) busy_.set(false);
+}
+
+void Form1::showPictureFromCache() {
+    const QString file = PictureCachePath(g_.DataPath, g_.CurrentCall);
+    const QFileInfo info(file);
+    if (!info.isFile()) return;  // no picture yet: the web lookup asks for one
+    if (info.size() >= kPictureStubBytes) {
+        showPicture(file, 10);
+        return;
+    }
+    // The service's placeholder: fetch the real picture again.
+    g_.CurrentCall = vb::trim(lblCall->text()).section(u' ', 0, 0);
+    pictureOf_ = g_.CurrentCall;
+    if (!lookUp->PictureUrl(g_.CurrentCall).isEmpty()) lookUp->GetPicture(g_.CurrentCall);
+}
+
+void Form1::showPicture(const QString& file, int margin) {
+    const QPixmap picture(file);
+    if (picture.isNull()) return;
+    const int innerWidth = margin == 10 ? width() : pic1->contentsRect().width();
+    Image1->setPixmap(picture);
+    Image1->setGeometry(PicturePlacement(picture.size(), innerWidth, margin));
+    Image1->show();
+    Image1->raise();
+}
+
+void Form1::enlargePicture() {
+    const QPixmap picture(PictureCachePath(g_.DataPath, g_.CurrentCall));
+    if (picture.isNull()) return;
+    (new Form13(picture, this))->ShowCentredOn(QCursor::pos());
+}
