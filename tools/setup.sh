@@ -15,6 +15,8 @@ packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl
           python3 qt6-webengine-dev libasound2-dev clang libclang-rt-14-dev openbox xdotool)
 # The user-session test also puts text on the clipboard and reads window states and pixels.
 [ "$mode" = test ] && packages+=(xclip x11-utils x11-apps)
+# The print test renders the PDF pages it prints.
+[ "$mode" = test ] && packages+=(poppler-utils)
 # The Windows platform file is compiled (syntax only) by the MinGW compiler in the test run, and
 # the GoogleTest suites run once more under a German locale.
 [ "$mode" = test ] && packages+=(g++-mingw-w64-x86-64-posix locales)

@@ -2,6 +2,7 @@
 #include "app/form1.h"
 #include "app/singleinstance.h"
 #include "cli/cli.h"
+#include "cli/windowcommands.h"
 #include "platform/platform.h"
 #include "ui/unimsgbox.h"
 
@@ -30,6 +31,11 @@ void QuitWhenExposedIfAsked(QWidget* window) {
 int main(int argc, char* argv[]) {
     QStringList args;
     for (int i = 0; i < argc; ++i) args.append(QString::fromLocal8Bit(argv[i]));
+    if (IsWindowCommand(args)) {
+        qputenv("QT_QPA_PLATFORM", kWindowCommandPlatform);
+        QApplication app(argc, argv);
+        return RunWindowCommand(args);
+    }
     if (IsCliInvocation(args)) {
         QCoreApplication app(argc, argv);
         return RunCli(args);

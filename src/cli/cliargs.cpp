@@ -3,7 +3,8 @@
 namespace {
 
 constexpr const char* kValueOptions[] = {"--data", "--service", "--call",  "--name",  "--add1", "--add2",
-                                         "--ctry", "--lat",     "--lon",   "--class", "--year"};
+                                         "--ctry", "--lat",     "--lon",   "--class", "--year",
+                                         "--size", "--pdf"};
 constexpr const char* kFlags[] = {"--json", "--miles", "--help", "--version"};
 
 // Qt's options for the window (QGuiApplication, QApplication and the X11 plugin), without their

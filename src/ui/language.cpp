@@ -66,7 +66,7 @@ const std::array<LanguageLine, 55> kLanguageLines{{
     {213, &T::SetupPositionQrzcq, "SetupPositionQrzcq"},
 }};
 
-const std::array<KeyedLine, 8> kKeyedLines{{
+const std::array<KeyedLine, 13> kKeyedLines{{
     {"StatusNoCall", &T::StatusNoCall},
     {"StatusNotACall", &T::StatusNotACall},
     {"StatusUnreachable", &T::StatusUnreachable},
@@ -75,6 +75,11 @@ const std::array<KeyedLine, 8> kKeyedLines{{
     {"StatusTooLarge", &T::StatusTooLarge},
     {"SetupNoPosition", &T::SetupNoPosition},
     {"MenuQuit", &T::MenuQuit},
+    {"PrintTitle", &T::PrintTitle},
+    {"PrintWidth", &T::PrintWidth},
+    {"PrintButton", &T::PrintButton},
+    {"PrintPdf", &T::PrintPdf},
+    {"PrintClose", &T::PrintClose},
 }};
 
 namespace {

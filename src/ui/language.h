@@ -71,6 +71,11 @@ struct LanguageTexts {
     QString StatusTooLarge;        // lblStatus: "***" -> service
     QString SetupNoPosition;       // setup window: "???" -> own call, "***" -> service
     QString MenuQuit;              // setup menu: end the program
+    QString PrintTitle;            // print window: its caption
+    QString PrintWidth;            // print window: "###" -> the printed width in centimetres
+    QString PrintButton;           // print window: print on a printer
+    QString PrintPdf;              // print window: print into a PDF file
+    QString PrintClose;            // print window: close it
 };
 
 // Line number (as the CR split counts, from 0) -> slot and the key the shipped files use.
@@ -93,7 +98,7 @@ struct KeyedLine {
     const char* key;
     QString LanguageTexts::*slot;
 };
-extern const std::array<KeyedLine, 8> kKeyedLines;
+extern const std::array<KeyedLine, 13> kKeyedLines;
 
 enum class LanguageLoad { Ok, NotFound, Corrupt, WrongVersion, Overflow };
 
