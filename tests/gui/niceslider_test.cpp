@@ -153,5 +153,10 @@ private slots:
     }
 };
 
-QTEST_MAIN(NiceSliderTest)
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("DISPLAY")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    NiceSliderTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "niceslider_test.moc"
