@@ -2,6 +2,7 @@
 
 #include "platform/system.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -9,8 +10,8 @@
 
 QString DefaultDataFolder(const QString& applicationDir) {
     const QString name = QLatin1String(kDataFolderName);
-    for (const QString& candidate : {applicationDir + QStringLiteral("/share/") + name,
-                                     applicationDir + QStringLiteral("/../share/pxcallsigns/") + name}) {
+    for (const QString& candidate : {applicationDir + QStringLiteral("/../share/pxcallsigns/") + name,
+                                     applicationDir + QStringLiteral("/share/") + name}) {
         if (QFileInfo(candidate).isDir()) return QDir(candidate).absolutePath();
     }
     return {};
@@ -56,3 +57,7 @@ bool SeedDataFolder(const QString& defaultFolder, const QString& dataPath, QStri
 }
 
 QString UserDataFolder() { return platform::GetAppDataFolder() + u'/' + QLatin1String(kDataFolderName); }
+
+bool SeedUserDataFolder(QString* error) {
+    return SeedDataFolder(DefaultDataFolder(QCoreApplication::applicationDirPath()), UserDataFolder(), error);
+}

@@ -9,8 +9,9 @@ inline constexpr char kDataFolderName[] = "Norvane";
 // The user's data folder: <roaming application data>/Norvane, no trailing separator.
 QString UserDataFolder();
 
-// The shipped default data folder: beside the executable in the build tree (share/Norvane) or in
-// an installed tree (../share/pxcallsigns/Norvane). "" when neither exists.
+// The shipped default data folder, found from the executable's folder so that an installed tree
+// may be moved: first an installed tree's (<prefix>/bin/../share/pxcallsigns/Norvane), else the
+// build tree's (<build>/share/Norvane). An absolute path without "..", or "" when neither exists.
 QString DefaultDataFolder(const QString& applicationDir);
 
 // The folders every data folder holds, even when empty (the picture cache starts empty, and an
@@ -21,3 +22,7 @@ inline constexpr const char* kDataFolderLayout[] = {"Maps", "images/qrzImages", 
 // that exists are never touched; folders of the layout that it lacks are made. Returns false
 // with *error set when the copy failed.
 bool SeedDataFolder(const QString& defaultFolder, const QString& dataPath, QString* error);
+
+// The first run of either front end: seeds UserDataFolder() from the default folder beside the
+// running executable. Needs a QCoreApplication.
+bool SeedUserDataFolder(QString* error);

@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QCoreApplication>
+#include <QIcon>
 #include <QTimer>
 #include <QWindow>
 
@@ -50,6 +51,9 @@ int main(int argc, char* argv[]) {
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("PX Callsigns"));
+    // The desktop entry and the icon that an installed program puts in the icon theme.
+    QGuiApplication::setDesktopFileName(QStringLiteral(PX_APP_ID));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral(PX_APP_ID)));
     // Closing the main window from its title bar hides it; the program ends through Unload.
     QApplication::setQuitOnLastWindowClosed(false);
 
@@ -64,7 +68,7 @@ int main(int argc, char* argv[]) {
 
     // First run: the data folder comes from the default one that ships with the program.
     QString error;
-    if (!SeedDataFolder(DefaultDataFolder(QCoreApplication::applicationDirPath()), dataPath, &error))
+    if (!SeedUserDataFolder(&error))
         ShowUniMsgBox(nullptr, error, msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
 
     ModuleValues values;

@@ -62,8 +62,9 @@ constexpr const char* kUsage =
     "                               page of a PDF file, as the print window prints it\n"
     "\n"
     "Options:\n"
-    "  --data DIR                   data folder of db and lookup (default: the user's Norvane\n"
-    "                               folder); it must exist\n"
+    "  --data DIR                   data folder of db and lookup; it must exist (default: the\n"
+    "                               user's Norvane folder, which a first use copies from the\n"
+    "                               shipped one)\n"
     "  -h, --help                   this text\n"
     "  --version                    the program's version\n"
     "\n"
@@ -114,12 +115,20 @@ bool takesOnly(const CliArgs& p, const QString& command, const QStringList& allo
     return true;
 }
 
-// The call-sign file of the data folder that --data names (it must be there), else of the user's.
-std::optional<CallDatabase> openDatabase(const CliArgs& p) {
-    const QString defaultFolder = UserDataFolder();
-    const QString folder = p.values.value(QStringLiteral("--data"), defaultFolder);
+// The call-sign file of the data folder that --data names (it must be there), else of the user's,
+// which a first run seeds from the shipped default folder as the window's first run does. Without
+// a file, *status is the exit status: 2 for a bad --data, 1 when the seeding failed.
+std::optional<CallDatabase> openDatabase(const CliArgs& p, int* status) {
+    const QString folder = p.values.value(QStringLiteral("--data"), UserDataFolder());
     if (p.values.contains(QStringLiteral("--data")) && !QFileInfo(folder).isDir()) {
-        usageError(QStringLiteral("no such folder: ") + folder);
+        *status = usageError(QStringLiteral("no such folder: ") + folder);
+        return std::nullopt;
+    }
+    QString error;
+    if (!p.values.contains(QStringLiteral("--data")) && !SeedUserDataFolder(&error)) {
+        err() << "pxcallsigns: " << error << "\n";
+        err().flush();
+        *status = 1;
         return std::nullopt;
     }
     return CallDatabase(folder + u'/' + QLatin1String(CallDatabase::kFileName));
@@ -148,8 +157,9 @@ int runDb(const CliArgs& p) {
     if (verb == QLatin1String("add"))
         for (const FieldOption& f : kFieldOptions) allowed << QLatin1String(f.option);
     if (!takesOnly(p, command, allowed)) return 2;
-    std::optional<CallDatabase> opened = openDatabase(p);
-    if (!opened) return 2;
+    int status = 0;
+    std::optional<CallDatabase> opened = openDatabase(p, &status);
+    if (!opened) return status;
     CallDatabase& db = *opened;
 
     if (verb == QLatin1String("count")) {
@@ -382,8 +392,9 @@ int runLookup(const CliArgs& p) {
     } else if (!ServiceByNumber(service)) {
         return usageError(QStringLiteral("the settings choose no service (DataBase/Index %1); give --service").arg(service - 1));
     }
-    std::optional<CallDatabase> opened = openDatabase(p);
-    if (!opened) return 2;
+    int status = 0;
+    std::optional<CallDatabase> opened = openDatabase(p, &status);
+    if (!opened) return status;
     CallDatabase& db = *opened;
     const bool json = p.flags.contains(QStringLiteral("--json"));
 

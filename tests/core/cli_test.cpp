@@ -1,6 +1,7 @@
 #include "cli/cliargs.h"
 #include "testutil.h"
 
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -162,6 +163,40 @@ TEST(CliTest, CommandLineOrWindow) {
         EXPECT_EQ(IsCliInvocation(args), c.cli) << c.args.join(' ').toStdString();
         EXPECT_EQ(WindowOption(args, "platform"), c.platform) << c.args.join(' ').toStdString();
     }
+}
+
+// Without --data the user's folder is the one, and the first use copies the default folder that
+// ships beside the program into it; later uses leave the user's files as they are. A folder that
+// cannot be made ends the command with the reason.
+TEST(CliTest, FirstUseSeedsTheUserFolder) {
+    QTemporaryDir home;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("XDG_DATA_HOME", home.path() + "/data");
+    const QString shipped = QFileInfo(QStringLiteral(PX_CLI)).absolutePath() + "/share/Norvane";
+    const QString user = home.path() + "/data/Norvane";
+    const QByteArray sample = readFile(shipped + "/Norvane-DB.db");
+    ASSERT_GT(sample.size(), 0);
+    ASSERT_EQ(sample.size() % CallRecord::kSize, 0);
+
+    CliRun r = cli({"db", "count"}, env);
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_EQ(r.out, QString::number(sample.size() / CallRecord::kSize) + "\n");
+    for (const char* file : {"Norvane-DB.db", "nicknames.txt", "Help.txt", "Languages/Norvane_German.Language"})
+        EXPECT_EQ(readFile(user + "/" + file), readFile(shipped + "/" + file)) << file;
+
+    writeFile(user + "/nicknames.txt", "DL1XYZ*Mine");
+    QFile::remove(user + "/Norvane-DB.db");
+    r = cli({"db", "count"}, env);
+    EXPECT_EQ(r.out, "0\n");
+    EXPECT_EQ(readFile(user + "/nicknames.txt"), "DL1XYZ*Mine");
+    EXPECT_FALSE(QFileInfo::exists(user + "/Norvane-DB.db")) << "a user's folder is not filled up again";
+
+    writeFile(home.path() + "/file", "x");
+    env.insert("XDG_DATA_HOME", home.path() + "/file/data");
+    r = cli({"db", "list"}, env);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "");
+    EXPECT_EQ(r.err, "pxcallsigns: Cannot create the data folder " + home.path() + "/file/data/Norvane\n");
 }
 
 // Without a display the window is not opened: a message and exit 1, not Qt's abort.

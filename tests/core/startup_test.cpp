@@ -140,6 +140,45 @@ TEST(StartupTest, OwnPositionFallsBackToTheOwnRecord) {
     }
 }
 
+// Each case lays out a tree under a temporary root: folders to make (a trailing "=" makes a file of
+// that name instead), the executable's folder, and the default folder expected ("" for none).
+TEST(DataFolderTest, DefaultFolderIsFoundFromTheExecutablesFolder) {
+    struct Case {
+        std::initializer_list<const char*> made;
+        const char* appDir;
+        const char* want;
+    };
+    const Case cases[] = {
+        {{"usr/bin", "usr/share/pxcallsigns/Norvane"}, "usr/bin", "usr/share/pxcallsigns/Norvane"},
+        {{"build/share/Norvane"}, "build", "build/share/Norvane"},
+        // An installed tree wins over a build tree's folder beside the executable.
+        {{"opt/px/bin/share/Norvane", "opt/px/share/pxcallsigns/Norvane"}, "opt/px/bin", "opt/px/share/pxcallsigns/Norvane"},
+        // The executable's folder is taken as it is given, "." and ".." included.
+        {{"a/b/bin", "a/b/share/pxcallsigns/Norvane"}, "a/b/bin/./../bin", "a/b/share/pxcallsigns/Norvane"},
+        {{"usr/bin", "usr/share/pxcallsigns/Norvane="}, "usr/bin", ""},
+        {{"usr/bin/share/Norvane=", "usr/share/pxcallsigns/Norvane="}, "usr/bin", ""},
+        {{"usr/bin", "usr/share/pxcallsigns/norvane", "usr/share/Norvane", "usr/bin/Norvane"}, "usr/bin", ""},
+        {{"build/share/Norvane", "share/pxcallsigns/Norvane="}, "build", "build/share/Norvane"},
+        {{}, "missing/bin", ""},
+    };
+    for (const Case& c : cases) {
+        QTemporaryDir root;
+        QString layout;
+        for (QString made : c.made) {
+            layout += made + u' ';
+            if (!made.endsWith(u'=')) {
+                ASSERT_TRUE(QDir(root.path()).mkpath(made)) << made.toStdString();
+                continue;
+            }
+            made.chop(1);
+            QDir(root.path()).mkpath(QFileInfo(made).path());
+            writeFile(root.path() + "/" + made, "not a folder");
+        }
+        const QString want = *c.want ? root.path() + "/" + c.want : QString();
+        EXPECT_EQ(DefaultDataFolder(root.path() + "/" + c.appDir), want) << c.appDir << " in " << layout.toStdString();
+    }
+}
+
 TEST(DataFolderTest, SeedsAMissingFolderAndNeverOverwrites) {
     QTemporaryDir defaults, home;
     QDir(defaults.path()).mkpath("Languages");
