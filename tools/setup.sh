@@ -12,7 +12,7 @@ build="$top/build"
 
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl-dev libgtest-dev libgmock-dev
           libbenchmark-dev libsqlite3-dev libgumbo-dev libx11-dev libxtst-dev xvfb xauth fonts-dejavu-core
-          python3 qt6-webengine-dev libasound2-dev clang libclang-rt-14-dev openbox xdotool)
+          python3 qt6-webengine-dev libasound2-dev clang libclang-rt-14-dev openbox xdotool librsvg2-bin)
 # The user-session test also puts text on the clipboard and reads window states and pixels.
 [ "$mode" = test ] && packages+=(xclip x11-utils x11-apps)
 # The print test renders the PDF pages it prints.
@@ -20,6 +20,9 @@ packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl
 # The Windows platform file is compiled (syntax only) by the MinGW compiler in the test run, and
 # the GoogleTest suites run once more under a German locale.
 [ "$mode" = test ] && packages+=(g++-mingw-w64-x86-64-posix locales)
+# The install checks validate the desktop entry and the AppStream metadata, and build the Debian
+# package (dpkg-shlibdeps finds its dependencies).
+[ "$mode" = test ] && packages+=(desktop-file-utils appstream dpkg-dev file)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
