@@ -27,13 +27,10 @@ bool makeLayout(const QString& folder) {
 
 }  // namespace
 
-bool SeedDataFolder(const QString& defaultFolder, const QString& dataPath, QString* error) {
-    if (QFileInfo(dataPath).isDir()) {
-        if (makeLayout(dataPath)) return true;
-        *error = QStringLiteral("Cannot complete the data folder ") + dataPath;
-        return false;
-    }
-    if (QFileInfo::exists(dataPath) || defaultFolder.isEmpty()) return true;
+Status SeedDataFolder(const QString& defaultFolder, const QString& dataPath) {
+    if (QFileInfo(dataPath).isDir())
+        return makeLayout(dataPath) ? Status::Ok() : Status::Failed(QStringLiteral("Cannot complete the data folder ") + dataPath);
+    if (QFileInfo::exists(dataPath) || defaultFolder.isEmpty()) return Status::Ok();
     // Copy into a fresh folder beside the target and rename it into place, so that an
     // interrupted first run leaves no half-filled data folder behind.
     const QString staging = dataPath + QStringLiteral(".seeding");
@@ -49,15 +46,13 @@ bool SeedDataFolder(const QString& defaultFolder, const QString& dataPath, QStri
         if (ok && !it.fileInfo().isDir()) QFile(to).setPermissions(QFile(to).permissions() | QFile::WriteOwner);
     }
     if (ok) ok = makeLayout(staging) && QDir().rename(staging, dataPath);
-    if (!ok) {
-        *error = QStringLiteral("Cannot create the data folder ") + dataPath;
-        QDir(staging).removeRecursively();
-    }
-    return ok;
+    if (ok) return Status::Ok();
+    QDir(staging).removeRecursively();
+    return Status::Failed(QStringLiteral("Cannot create the data folder ") + dataPath);
 }
 
 QString UserDataFolder() { return platform::GetAppDataFolder() + u'/' + QLatin1String(kDataFolderName); }
 
-bool SeedUserDataFolder(QString* error) {
-    return SeedDataFolder(DefaultDataFolder(QCoreApplication::applicationDirPath()), UserDataFolder(), error);
+Status SeedUserDataFolder() {
+    return SeedDataFolder(DefaultDataFolder(QCoreApplication::applicationDirPath()), UserDataFolder());
 }

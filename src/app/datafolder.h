@@ -1,6 +1,7 @@
 #pragma once
 // The default data folder that ships with the program, and the first-run copy of it.
 
+#include "common/status.h"
 #include <QString>
 
 // The name of the data folder, in the user's roaming application data and in the shipped tree.
@@ -19,10 +20,10 @@ QString DefaultDataFolder(const QString& applicationDir);
 inline constexpr const char* kDataFolderLayout[] = {"Maps", "images/qrzImages", "Languages"};
 
 // When dataPath does not exist yet, copies the default folder there. The files of a data folder
-// that exists are never touched; folders of the layout that it lacks are made. Returns false
-// with *error set when the copy failed.
-bool SeedDataFolder(const QString& defaultFolder, const QString& dataPath, QString* error);
+// that exists are never touched; folders of the layout that it lacks are made. Fails with the
+// message to show when the copy failed.
+Status SeedDataFolder(const QString& defaultFolder, const QString& dataPath);
 
 // The first run of either front end: seeds UserDataFolder() from the default folder beside the
 // running executable. Needs a QCoreApplication.
-bool SeedUserDataFolder(QString* error);
+Status SeedUserDataFolder();

@@ -67,9 +67,8 @@ int main(int argc, char* argv[]) {
     }
 
     // First run: the data folder comes from the default one that ships with the program.
-    QString error;
-    if (!SeedUserDataFolder(&error))
-        ShowUniMsgBox(nullptr, error, msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+    if (const Status seeded = SeedUserDataFolder(); !seeded)
+        ShowUniMsgBox(nullptr, seeded.message(), msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
 
     ModuleValues values;
     Form1 form(values);

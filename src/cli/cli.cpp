@@ -124,9 +124,9 @@ std::optional<CallDatabase> openDatabase(const CliArgs& p, int* status) {
         *status = usageError(QStringLiteral("no such folder: ") + folder);
         return std::nullopt;
     }
-    QString error;
-    if (!p.values.contains(QStringLiteral("--data")) && !SeedUserDataFolder(&error)) {
-        err() << "pxcallsigns: " << error << "\n";
+    const Status seeded = p.values.contains(QStringLiteral("--data")) ? Status::Ok() : SeedUserDataFolder();
+    if (!seeded) {
+        err() << "pxcallsigns: " << seeded.message() << "\n";
         err().flush();
         *status = 1;
         return std::nullopt;

@@ -185,8 +185,7 @@ TEST(DataFolderTest, SeedsAMissingFolderAndNeverOverwrites) {
     writeFile(defaults.path() + "/Languages/Norvane_English.Language", "lang");
     writeFile(defaults.path() + "/nicknames.txt", "G4ABC*Al");
     const QString target = home.path() + "/share/Norvane";
-    QString error;
-    ASSERT_TRUE(SeedDataFolder(defaults.path(), target, &error));
+    ASSERT_TRUE(SeedDataFolder(defaults.path(), target));
     EXPECT_EQ(readFile(target + "/Languages/Norvane_English.Language"), "lang");
     EXPECT_EQ(readFile(target + "/nicknames.txt"), "G4ABC*Al");
     EXPECT_FALSE(QFileInfo::exists(target + ".seeding"));
@@ -196,7 +195,7 @@ TEST(DataFolderTest, SeedsAMissingFolderAndNeverOverwrites) {
     writeFile(target + "/nicknames.txt", "mine");
     QFile::remove(target + "/Languages/Norvane_English.Language");
     QDir(target + "/images").removeRecursively();
-    ASSERT_TRUE(SeedDataFolder(defaults.path(), target, &error));
+    ASSERT_TRUE(SeedDataFolder(defaults.path(), target));
     EXPECT_EQ(readFile(target + "/nicknames.txt"), "mine");
     EXPECT_FALSE(QFileInfo::exists(target + "/Languages/Norvane_English.Language")) << "an existing folder's files are left alone";
     EXPECT_TRUE(QFileInfo(target + "/images/qrzImages").isDir()) << "a folder of the layout it lacks is made";

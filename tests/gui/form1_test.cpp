@@ -438,8 +438,8 @@ private slots:
     // service, whose picture lands in the (empty) cache and on screen.
     void firstRunEndsWithTheStationPicture() {
         QVERIFY(QDir(data).removeRecursively());
-        QString error;
-        QVERIFY2(SeedDataFolder(PX_DEFAULT_DATA, data, &error), qPrintable(error));
+        const Status seeded = SeedDataFolder(PX_DEFAULT_DATA, data);
+        QVERIFY2(seeded, qPrintable(seeded.message()));
         QVERIFY(QDir(data + "/images/qrzImages").isEmpty());
         QVERIFY(loadShown());
         pressF8(*form, "DL1ABC");
