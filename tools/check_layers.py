@@ -30,7 +30,7 @@ ALLOWED = {
     "px_calldb": {QT_CORE, "px_common"},
     "px_lookup": {QT_CORE, "Qt6::Network", "PkgConfig::GUMBO", "px_common"},
     "px_system": {QT_CORE, "psapi", "shell32"},
-    "px_platform": {QT_CORE, "px_system", "X11::X11", "ALSA::ALSA", "user32"},
+    "px_platform": {QT_CORE, "px_system", "X11::X11", "X11::Xtst", "ALSA::ALSA", "user32"},
     "px_appcore": {QT_CORE, "px_common", "px_geo", "px_calldb", "px_lookup", "px_system"},
     "px_pictures": {QT_CORE, "Qt6::Gui", "px_common"},
     "px_cli": {QT_CORE, "px_common", "px_geo", "px_calldb", "px_lookup", "px_appcore", "px_system", "px_pictures"},
