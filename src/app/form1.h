@@ -57,7 +57,8 @@ public:
     void MnuSetupClick(int item);
     // The picture menu (items of PictureMenuItems), over the main window's or the editor's picture.
     void MnuPopupImageClick(int item);
-    void ShowPictureMenu();
+    // at: where the right button went down, on the screen.
+    void ShowPictureMenu(QPoint at);
     // The help text: with the desktop's viewer, else in a window of the program.
     void ShowHelp();
     // How a file is handed to the desktop's viewer (false: it could not be); tests replace it.

@@ -7,6 +7,7 @@
 #include "ui/unimsgbox.h"
 #include "ui/windowhelpers.h"
 
+#include <QCursor>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QTimer>
@@ -23,7 +24,7 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     if (watched == Image1 && mouse->button() == Qt::RightButton) {
-        ShowPictureMenu();
+        ShowPictureMenu(mouse->globalPosition().toPoint());
         return true;
     }
     if (watched == lblSetup) {
@@ -66,7 +67,7 @@ void Form1::MnuSetupClick(int item) {
         if (CountLoadedWindows(QStringLiteral("Form26")) >= 1) return;
         auto* form26 = new Form26(g_, lstNicknames, this);
         form26->setAttribute(Qt::WA_DeleteOnClose);
-        connect(form26, &Form26::PictureMenuRequested, this, &Form1::ShowPictureMenu);
+        connect(form26, &Form26::PictureMenuRequested, this, [this] { ShowPictureMenu(QCursor::pos()); });
         connect(form26, &Form26::Unloaded, this, [this](bool nicknamesChanged) {
             // The nickname list is the main window's: it goes back to its file when it changed.
             if (!nicknamesChanged) return;

@@ -63,9 +63,9 @@ void Form1::enlargePicture() {
     (new Form13(picture, this))->ShowCentredOn(QCursor::pos());
 }
 
-void Form1::ShowPictureMenu() {
+void Form1::ShowPictureMenu(QPoint at) {
     tmrMenus->stop();
-    showMenuAt(QCursor::pos(), PictureMenuItems(g_.Texts), &Form1::MnuPopupImageClick);
+    showMenuAt(at, PictureMenuItems(g_.Texts), &Form1::MnuPopupImageClick);
 }
 
 void Form1::MnuPopupImageClick(int item) {
