@@ -8,7 +8,9 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QImageWriter>
-#include <QSaveFile>
+#include <QTemporaryFile>
+
+#include <filesystem>
 
 #include <optional>
 
@@ -53,19 +55,25 @@ Status SaveJPG(const cDIBSection& bitmap, const QString& file, int quality) {
         kept = KeptFileState{before.fileTime(QFileDevice::FileAccessTime), before.fileTime(QFileDevice::FileModificationTime),
                              before.fileTime(QFileDevice::FileBirthTime), before.permissions()};
 
-    QSaveFile out(file);
-    // Only a file we may write is replaced, as the single-file write would have it.
-    out.setDirectWriteFallback(false);
-    if (kept && !before.isWritable())
-        return failed(kJpegWriteFailed, QStringLiteral("(the file is read-only)"));
-    if (!out.open(QIODevice::WriteOnly)) return failed(kJpegWriteFailed, QStringLiteral("(") + out.errorString() + ')');
+    if (kept && !before.isWritable()) return failed(kJpegWriteFailed, QStringLiteral("(the file is read-only)"));
+    // Written beside its place and renamed over it, so that the old picture stays whole until the
+    // new one is. (Not flushed to the disk first: that would cost more than the encoding.)
+    QTemporaryFile out(before.absolutePath() + QStringLiteral("/.") + before.fileName() + QStringLiteral(".XXXXXX"));
+    if (!out.open()) return failed(kJpegWriteFailed, QStringLiteral("(") + out.errorString() + ')');
     QImageWriter writer(&out, "jpeg");
     writer.setQuality(quality);
-    if (!writer.write(bitmap.image())) {
-        out.cancelWriting();
-        return failed(kJpegWriteFailed, QStringLiteral("(") + writer.errorString() + ')');
-    }
-    if (!out.commit()) return failed(kJpegWriteFailed, QStringLiteral("(") + out.errorString() + ')');
+    // Qt's writer hands red-green-blue lines to libjpeg as they are, and converts other formats
+    // pixel by pixel at twice the cost of this one swap.
+    if (!writer.write(bitmap.image().convertToFormat(QImage::Format_RGB888))) return failed(kJpegWriteFailed, QStringLiteral("(") + writer.errorString() + ')');
+    out.close();
+    // A new file is readable by everyone, as files the program makes are (the temporary one is not).
+    if (!kept)
+        out.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser | QFileDevice::WriteUser |
+                           QFileDevice::ReadGroup | QFileDevice::ReadOther);
+    std::error_code error;
+    std::filesystem::rename(out.fileName().toStdWString(), before.absoluteFilePath().toStdWString(), error);
+    if (error) return failed(kJpegWriteFailed, QStringLiteral("(") + QString::fromLocal8Bit(error.message()) + ')');
+    out.setAutoRemove(false);  // it is the picture now
     if (kept) putBack(file, *kept);
     return Status::Ok();
 }

@@ -104,7 +104,7 @@ TEST(SaveJpg, ReplacingAFileKeepsItsTimesAndPermissions) {
     EXPECT_EQ(after.fileTime(QFileDevice::FileAccessTime).toUTC(), accessed);
     EXPECT_EQ(after.fileTime(QFileDevice::FileModificationTime).toUTC(), modified);
     EXPECT_EQ(after.permissions() & ~(QFileDevice::ReadUser | QFileDevice::WriteUser), permissions);
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("kept.jpg")}) << "no temporary file left";
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("kept.jpg")}) << "no temporary file left";
     EXPECT_TRUE(readAll(file).startsWith("\xFF\xD8\xFF"));
 
     // A new file takes the time of its writing.
@@ -112,6 +112,8 @@ TEST(SaveJpg, ReplacingAFileKeepsItsTimesAndPermissions) {
     const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-2);
     ASSERT_TRUE(SaveJPG(bitmap, fresh, 70).ok());
     EXPECT_GE(QFileInfo(fresh).lastModified().toUTC(), before);
+    EXPECT_EQ(QFileInfo(fresh).permissions() & ~(QFileDevice::ReadUser | QFileDevice::WriteUser),
+              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther);
 }
 
 TEST(SaveJpg, FailuresSayWhyAndLeaveFilesAlone) {
@@ -132,7 +134,7 @@ TEST(SaveJpg, FailuresSayWhyAndLeaveFilesAlone) {
         EXPECT_GT(saved.message().size(), QStringLiteral("Failed to save to JPG (").size() + 1);
     }
     EXPECT_EQ(readAll(existing), "precious");
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("existing.jpg")});
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("existing.jpg")});
     EXPECT_EQ(QString::fromLatin1(kJpegInitFailed), QStringLiteral("Failed to initialise the IJL library: "));
 }
 
