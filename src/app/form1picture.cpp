@@ -7,6 +7,7 @@
 #include "common/vbtext.h"
 #include "db/form26.h"
 #include "lookup/uclookup.h"
+#include "pictures/form21.h"
 #include "ui/unimsgbox.h"
 
 #include <QClipboard>
@@ -85,5 +86,12 @@ void Form1::MnuPopupImageClick(int item) {
         ShowUniMsgBox(this, text, msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
     };
     a.showStatus = [this](const QString& text) { lblStatus->setText(text); };
+    if (item == picturemenu::kPrint) {
+        if (a.picture.isNull()) return;
+        auto* print = new Form21(a.picture, g_.Texts, this);
+        PlaceWindowBeside(print, this);
+        print->show();
+        return;
+    }
     ::MnuPopupImageClick(item, a);
 }

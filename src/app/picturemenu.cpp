@@ -12,7 +12,8 @@ QList<MenuItem> PictureMenuItems(const LanguageTexts& texts) {
     return {{picturemenu::kCopy, texts.MenuPictureCopy},
             {picturemenu::kSaveBitmap, texts.MenuPictureBitmap},
             {picturemenu::kPasteToPictaro, texts.MenuPicturePictaro},
-            {picturemenu::kSaveJpeg, texts.MenuPictureJpeg}};
+            {picturemenu::kSaveJpeg, texts.MenuPictureJpeg},
+            {picturemenu::kPrint, texts.PrintTitle}};
 }
 
 namespace {

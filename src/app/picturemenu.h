@@ -17,6 +17,7 @@ inline constexpr int kCopy = 0;
 inline constexpr int kSaveBitmap = 1;
 inline constexpr int kPasteToPictaro = 2;
 inline constexpr int kSaveJpeg = 3;
+inline constexpr int kPrint = 4;  // the print window: the main window opens it
 }  // namespace picturemenu
 
 struct PictureMenuActions {
@@ -31,10 +32,10 @@ struct PictureMenuActions {
     std::function<void(const QString&)> showStatus;                   // the status line
 };
 
-// The captions, items 0 to 3.
+// The captions, items 0 to 4.
 QList<MenuItem> PictureMenuItems(const LanguageTexts& texts);
 
-// Runs one item. Without a picture, nothing happens.
+// Runs one of items 0 to 3. Without a picture, nothing happens.
 void MnuPopupImageClick(int item, const PictureMenuActions& a);
 
 // The save dialog of the JPEG item: "jpg files (*.jpg)", the proposed name, owner's dialog.

@@ -8,6 +8,7 @@
 #include "db/form26.h"
 #include "lookup/callbookserver.h"
 #include "lookup/uclookup.h"
+#include "pictures/form21.h"
 #include "setup/form2.h"
 #include "ui/beep.h"
 #include "ui/helpwindow.h"
@@ -465,8 +466,8 @@ private slots:
         QVERIFY(form->openMenu());
         QStringList captions;
         for (const MenuItem& item : form->openMenu()->items()) captions << item.caption;
-        QCOMPARE(captions, (QStringList{g.Texts.MenuPictureCopy, g.Texts.MenuPictureBitmap, g.Texts.MenuPicturePictaro,
-                                        g.Texts.MenuPictureJpeg}));
+        QCOMPARE(captions, (QStringList{"Afbeelding kopiëren", "Opslaan als bitmap op het bureaublad", "Plakken in Pictaro TX",
+                                        "Opslaan als JPEG...", g.Texts.PrintTitle}));
         QCOMPARE(form->openMenu()->pos(), form->Image1->mapToGlobal(click));
         if (!qEnvironmentVariable("PX_SCREENSHOTS").isEmpty()) {
             const QRect shot = form->frameGeometry().united(form->openMenu()->geometry()).adjusted(-10, -10, 10, 10);
@@ -492,6 +493,12 @@ private slots:
         QCOMPARE(QImage(desktop + "/PX Callsigns_1.bmp").convertToFormat(QImage::Format_RGB32), station);
         QCOMPARE(form->lblStatus->text(), QStringLiteral("Afbeelding op het bureaublad opgeslagen als PX Callsigns_1.bmp"));  // Dutch: app.cfg says 5
         QFile::remove(desktop + "/PX Callsigns_1.bmp");
+
+        form->MnuPopupImageClick(4);  // the print window, with the station's picture
+        auto* print = form->findChild<Form21*>();
+        QVERIFY(print);
+        QTRY_VERIFY(print->isVisible());
+        print->close();
     }
 
     // A page that says the call is unknown keeps nothing and shows nothing of itself, even right

@@ -56,7 +56,7 @@ private slots:
         QStringList captions;
         for (const MenuItem& i : items) captions << QString::number(i.number) + " " + i.caption;
         QCOMPARE(captions, (QStringList{"0 Copy picture", "1 Save as bitmap on the desktop", "2 Paste to Pictaro TX",
-                                        "3 Save as JPEG..."}));
+                                        "3 Save as JPEG...", "4 Print the picture"}));
     }
 
     void copyPutsTheBitmapOnTheClipboard() {
