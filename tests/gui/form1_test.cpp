@@ -494,6 +494,23 @@ private slots:
         QCOMPARE(form->lblStatus->text(), QStringLiteral("Afbeelding op het bureaublad opgeslagen als PX Callsigns_1.bmp"));  // Dutch: app.cfg says 5
         QFile::remove(desktop + "/PX Callsigns_1.bmp");
 
+        // While the editor is open, the menu opens over its picture too and takes that picture.
+        form->MnuSetupClick(1);
+        auto* editor = form->findChild<Form26*>();
+        QVERIFY(editor);
+        const QImage other = QImage(kPictures + "g4abc.jpg").convertToFormat(QImage::Format_RGB32);
+        editor->Image1->setPixmap(QPixmap::fromImage(other));
+        editor->Image1->setGeometry(10, 10, 60, 40);
+        editor->Image1->show();
+        QTest::mouseClick(editor->Image1, Qt::RightButton, {}, QPoint(5, 5));
+        QVERIFY(form->openMenu());
+        form->MnuPopupImageClick(0);
+        QCOMPARE(QGuiApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32), other);
+        editor->close();
+        QTRY_VERIFY(!form->findChild<Form26*>());
+        form->MnuPopupImageClick(0);
+        QCOMPARE(QGuiApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32), station);
+
         form->MnuPopupImageClick(4);  // the print window, with the station's picture
         auto* print = form->findChild<Form21*>();
         QVERIFY(print);
