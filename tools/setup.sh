@@ -85,7 +85,11 @@ if [ ! -f "$demo/Pictaro/app.cfg" ]; then
 fi
 python3 "$top/tools/callbook_server.py" --lifetime 43200 > "$demo/server.port" &
 server=$!
-trap 'kill $server 2>/dev/null' EXIT
+# The stand-in Pictaro beside the program: a window titled "Pictaro" that shows what a paste
+# from the picture menu (right button on the station picture) hands it.
+"$build/pictaro_standin" --log "$demo/pictaro.log" --received "$demo/pictaro-received.png" >/dev/null 2>&1 &
+pictaro=$!
+trap 'kill $server $pictaro 2>/dev/null' EXIT
 # A busy machine may take a while to start Python: wait up to 30 s for the port.
 for _ in $(seq 300); do [ -s "$demo/server.port" ] && break; sleep 0.1; done
 url="http://127.0.0.1:$(head -n 1 "$demo/server.port")"
@@ -125,4 +129,5 @@ fi
 echo "Demo: copy a call sign and press F8 over the window, or type one into the box and press Enter."
 echo "  In the call-sign file: G4ABC, W1XYZ, JA1XYZ.  On the stand-in services: DL1ABC and LU1ABC (QRZ,"
 echo "  the service chosen at start), LA1ABC (eHam), F5ABC (QRZCQ), KP4ABC (Callook), EA4ABC (HamCall)."
+echo "  Right button on the station picture: copy, save, or paste to the stand-in Pictaro window (F7)."
 "$build/pxcallsigns"

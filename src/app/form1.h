@@ -55,6 +55,10 @@ public:
     // Pop-up menus of the maps and setup labels; tmrMenus closes them once the mouse has left.
     // Setup items: 0 own station, 1 call-sign file editor, 2 help, 3 quit.
     void MnuSetupClick(int item);
+    // The picture menu (items of PictureMenuItems), over the main window's or the editor's picture.
+    void MnuPopupImageClick(int item);
+    // at: where the right button went down, on the screen.
+    void ShowPictureMenu(QPoint at);
     // The help text: with the desktop's viewer, else in a window of the program.
     void ShowHelp();
     // How a file is handed to the desktop's viewer (false: it could not be); tests replace it.
@@ -127,6 +131,7 @@ private:
     void showPicture(const QString& file, int margin);
     void enlargePicture();
     void showMenu(QLabel* at, const QList<struct MenuItem>& items, void (Form1::*handler)(int));
+    void showMenuAt(QPoint at, const QList<struct MenuItem>& items, void (Form1::*handler)(int));
     void tmrMenus_Timer();
     void failureBeep();
     void createTrayIcon();

@@ -7,6 +7,7 @@
 #include "ui/unimsgbox.h"
 #include "ui/windowhelpers.h"
 
+#include <QCursor>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QTimer>
@@ -22,6 +23,10 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
         enlargePicture();
         return true;
     }
+    if (watched == Image1 && mouse->button() == Qt::RightButton) {
+        ShowPictureMenu(mouse->globalPosition().toPoint());
+        return true;
+    }
     if (watched == lblSetup) {
         QList<MenuItem> items;
         for (int i = 0; i < static_cast<int>(SetupMenuCaptions.size()); ++i) items.append({i, SetupMenuCaptions[i]});
@@ -32,8 +37,12 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void Form1::showMenu(QLabel* at, const QList<MenuItem>& items, void (Form1::*handler)(int)) {
+    showMenuAt(at->mapToGlobal(QPoint(0, 0)), items, handler);
+}
+
+void Form1::showMenuAt(QPoint at, const QList<MenuItem>& items, void (Form1::*handler)(int)) {
     if (menu_) menu_->close();
-    menu_ = MakeMenu(items, at->mapToGlobal(QPoint(0, 0)), [this, handler](int item) { (this->*handler)(item); }, this);
+    menu_ = MakeMenu(items, at, [this, handler](int item) { (this->*handler)(item); }, this);
     connect(menu_, &QObject::destroyed, this, [this] { menu_ = nullptr; });
     tmrMenus->start();
 }
@@ -58,6 +67,7 @@ void Form1::MnuSetupClick(int item) {
         if (CountLoadedWindows(QStringLiteral("Form26")) >= 1) return;
         auto* form26 = new Form26(g_, lstNicknames, this);
         form26->setAttribute(Qt::WA_DeleteOnClose);
+        connect(form26, &Form26::PictureMenuRequested, this, [this] { ShowPictureMenu(QCursor::pos()); });
         connect(form26, &Form26::Unloaded, this, [this](bool nicknamesChanged) {
             // The nickname list is the main window's: it goes back to its file when it changed.
             if (!nicknamesChanged) return;

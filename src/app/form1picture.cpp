@@ -2,11 +2,18 @@
 
 #include "app/callflow.h"
 #include "app/form13.h"
+#include "app/picturemenu.h"
 #include "app/picturecache.h"
 #include "common/vbtext.h"
+#include "db/form26.h"
 #include "lookup/uclookup.h"
+#include "pictures/form21.h"
+#include "ui/unimsgbox.h"
 
+#include <QClipboard>
 #include <QCursor>
+#include <QGuiApplication>
+#include <QTimer>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPixmap>
@@ -55,4 +62,36 @@ void Form1::enlargePicture() {
     const QPixmap picture(PictureCachePath(g_.DataPath, g_.CurrentCall));
     if (picture.isNull()) return;
     (new Form13(picture, this))->ShowCentredOn(QCursor::pos());
+}
+
+void Form1::ShowPictureMenu(QPoint at) {
+    tmrMenus->stop();
+    showMenuAt(at, PictureMenuItems(g_.Texts), &Form1::MnuPopupImageClick);
+}
+
+void Form1::MnuPopupImageClick(int item) {
+    tmrMenus->stop();
+    if (menu_) menu_->close();
+    PictureMenuActions a;
+    // The editor's picture while the editor is open, else the one shown here.
+    const auto* editor = findChild<Form26*>();
+    a.picture = (editor ? editor->picture() : Image1->pixmap()).toImage();
+    a.desktopFolder = DesktopFolder();
+    a.currentCall = g_.CurrentCall;
+    a.texts = &g_.Texts;
+    a.clipboard = QGuiApplication::clipboard();
+    a.pictaro = SessionDesktop(a.clipboard);
+    a.askJpegName = [this](const QString& proposed) { return AskJpegName(proposed, this); };
+    a.showFailure = [this](const QString& text) {
+        ShowUniMsgBox(this, text, msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+    };
+    a.showStatus = [this](const QString& text) { lblStatus->setText(text); };
+    if (item == picturemenu::kPrint) {
+        if (a.picture.isNull()) return;
+        auto* print = new Form21(a.picture, g_.Texts, this);
+        PlaceWindowBeside(print, this);
+        print->show();
+        return;
+    }
+    ::MnuPopupImageClick(item, a);
 }

@@ -2,6 +2,7 @@
 #include "app/form1.h"
 #include "app/singleinstance.h"
 #include "cli/cli.h"
+#include "cli/clipictaro.h"
 #include "cli/windowcommands.h"
 #include "platform/platform.h"
 #include "ui/unimsgbox.h"
@@ -32,6 +33,16 @@ void QuitWhenExposedIfAsked(QWidget* window) {
 int main(int argc, char* argv[]) {
     QStringList args;
     for (int i = 0; i < argc; ++i) args.append(QString::fromLocal8Bit(argv[i]));
+    if (IsPictaroCommand(args)) {
+        // The desktop's own clipboard and windows: the real display, not the offscreen one.
+        QString why;
+        if (!platform::DisplayAvailable(QString(), QString(), &why)) {
+            std::fprintf(stderr, "pxcallsigns: no display: %s\n", qPrintable(why));
+            return 1;
+        }
+        QGuiApplication app(argc, argv);
+        return RunPictaroCommand(args);
+    }
     if (IsWindowCommand(args)) {
         qputenv("QT_QPA_PLATFORM", kWindowCommandPlatform);
         QApplication app(argc, argv);

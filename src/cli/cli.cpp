@@ -1,6 +1,7 @@
 #include "cli/cli.h"
 
 #include "cli/cliargs.h"
+#include "cli/clipictures.h"
 #include "common/vbtext.h"
 #include "app/datafolder.h"
 #include "app/lookuphosts.h"
@@ -57,6 +58,13 @@ constexpr const char* kUsage =
     "                               the station from the call-sign file, else from the service\n"
     "                               (default: the one chosen in the program), and keeps what it\n"
     "                               found; exit 1 not found, 3 service not reached\n"
+    "  picture jpeg IN OUT [--quality N]\n"
+    "                               the picture IN (any format the program reads) written as the\n"
+    "                               JPEG file OUT at quality N (0 to 100, default 70); an existing\n"
+    "                               OUT keeps its times and permissions\n"
+    "  pictaro paste IMAGE          the picture onto the clipboard and F7 to the window titled\n"
+    "                               Pictaro, as the picture menu does (exit 1: no such window;\n"
+    "                               the picture stays on the clipboard)\n"
     "  print IMAGE --pdf OUT.pdf [--size N]\n"
     "                               the picture N centimetres wide (2 to 18, default 10) on an A4\n"
     "                               page of a PDF file, as the print window prints it\n"
@@ -458,7 +466,7 @@ int RunCli(const QStringList& args) {
     struct Command { const char* name; int (*run)(const CliArgs&); };
     static constexpr Command kCommands[] = {{"db", runDb},         {"grid", runGrid},   {"distance", runDistance},
                                             {"decode", runDecode}, {"parse", runParse}, {"lookup", runLookup},
-                                            {"clean-call", runCleanCall}};
+                                            {"clean-call", runCleanCall}, {"picture", RunPictureCommand}};
     int status = -1;
     if (!p.error.isEmpty()) {
         status = usageError(p.error);

@@ -4,7 +4,7 @@ namespace {
 
 constexpr const char* kValueOptions[] = {"--data", "--service", "--call",  "--name",  "--add1", "--add2",
                                          "--ctry", "--lat",     "--lon",   "--class", "--year",
-                                         "--size", "--pdf"};
+                                         "--size", "--pdf", "--quality"};
 constexpr const char* kFlags[] = {"--json", "--miles", "--help", "--version"};
 
 // Qt's options for the window (QGuiApplication, QApplication and the X11 plugin), without their

@@ -321,8 +321,9 @@ void Form26::ucLookUp_PictureReady(const QString& call) {
     if (!page_.waiting()) busy_.set(false);
 }
 
-// 16. The left button shows the picture at its natural size.
+// 16. The right button opens the picture menu; the left button shows the picture at its natural size.
 void Form26::Image1_MouseDown(Qt::MouseButton button) {
+    if (button == Qt::RightButton && !Image1->pixmap().isNull()) emit PictureMenuRequested();
     if (button != Qt::LeftButton || pictureCall_.isEmpty()) return;
     const QPixmap full(PictureCachePath(g_.DataPath, pictureCall_));
     if (full.isNull()) return;

@@ -95,6 +95,8 @@ public:
 signals:
     // After the nickname hand-back of closing; changed when the nickname list differs from before.
     void Unloaded(bool nicknamesChanged);
+    // The right button on the picture: the main window opens the picture menu.
+    void PictureMenuRequested();
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -7,6 +7,7 @@
 #include <QRect>
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <optional>
 
 namespace platform {
@@ -19,6 +20,19 @@ WindowId FindWindowByTitlePart(const QString& part);
 
 // Top-level window whose title is exactly title.
 WindowId FindWindowByTitle(const QString& title);
+
+// Brings the top-level window titled exactly title to the front and gives it the keyboard
+// focus, restoring it when it is minimised: the window is raised and activated, wait(200) is
+// called, the window is restored to its normal state, and wait(500) is called. wait is where the
+// caller's windows go on painting. The window (the first of that title), or 0 when there is none.
+WindowId ActivateWindowByTitle(const QString& title, const std::function<void(int ms)>& wait);
+
+// The top-level window that has the keyboard focus, 0 for none (or none of ours to know).
+WindowId FocusedWindow();
+
+// Presses and releases F7 as if on the keyboard, for whichever window has the focus. False when
+// keys cannot be sent (no display, no XTest extension).
+bool SendKeyF7();
 
 // Outer rectangle of a window on the screen, in pixels.
 std::optional<QRect> WindowRect(WindowId window);

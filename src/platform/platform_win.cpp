@@ -34,6 +34,31 @@ WindowId FindWindowByTitlePart(const QString& part) { return part.isEmpty() ? 0 
 
 WindowId FindWindowByTitle(const QString& title) { return find(title, true); }
 
+WindowId ActivateWindowByTitle(const QString& title, const std::function<void(int ms)>& wait) {
+    const WindowId found = FindWindowByTitle(title);
+    if (!found) return 0;
+    const HWND window = reinterpret_cast<HWND>(found);
+    WINDOWPLACEMENT placement{};
+    placement.length = sizeof(placement);
+    GetWindowPlacement(window, &placement);
+    placement.showCmd = SW_SHOWNORMAL;
+    SetForegroundWindow(window);
+    wait(200);
+    SetWindowPlacement(window, &placement);  // restores a minimised window
+    wait(500);
+    return found;
+}
+
+WindowId FocusedWindow() { return reinterpret_cast<WindowId>(GetForegroundWindow()); }
+
+bool SendKeyF7() {
+    INPUT keys[2] = {};
+    keys[0].type = keys[1].type = INPUT_KEYBOARD;
+    keys[0].ki.wVk = keys[1].ki.wVk = VK_F7;
+    keys[1].ki.dwFlags = KEYEVENTF_KEYUP;
+    return SendInput(2, keys, sizeof(INPUT)) == 2;
+}
+
 std::optional<QRect> WindowRect(WindowId window) {
     RECT r{};
     if (!window || !GetWindowRect(reinterpret_cast<HWND>(window), &r)) return std::nullopt;

@@ -8,6 +8,10 @@
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+
+#include <QElapsedTimer>
 
 namespace platform {
 
@@ -92,6 +96,71 @@ private:
     int (*previous_)(Display*, XErrorEvent*);
 };
 
+Atom atom(Display* d, const char* name) { return XInternAtom(d, name, False); }
+
+// A window manager that follows the desktop conventions announces itself on the root window.
+bool hasWindowManager(Display* d) {
+    Atom type = None;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    const bool found = XGetWindowProperty(d, DefaultRootWindow(d), atom(d, "_NET_SUPPORTING_WM_CHECK"), 0, 1, False,
+                                          XA_WINDOW, &type, &format, &count, &after, &data) == Success &&
+                       data && count == 1;
+    if (data) XFree(data);
+    return found;
+}
+
+Window activeWindow(Display* d) {
+    Atom type = None;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    Window w = 0;
+    if (XGetWindowProperty(d, DefaultRootWindow(d), atom(d, "_NET_ACTIVE_WINDOW"), 0, 1, False, XA_WINDOW, &type, &format,
+                           &count, &after, &data) == Success &&
+        data && count == 1)
+        w = *reinterpret_cast<const Window*>(data);
+    if (data) XFree(data);
+    return w;
+}
+
+void sendToRoot(Display* d, Window w, Atom message, long a0, long a1, long a2) {
+    XEvent e{};
+    e.xclient.type = ClientMessage;
+    e.xclient.window = w;
+    e.xclient.message_type = message;
+    e.xclient.format = 32;
+    e.xclient.data.l[0] = a0;
+    e.xclient.data.l[1] = a1;
+    e.xclient.data.l[2] = a2;
+    XSendEvent(d, DefaultRootWindow(d), False, SubstructureRedirectMask | SubstructureNotifyMask, &e);
+}
+
+// Raises the window and gives it the focus: through the window manager where there is one (an
+// activation request from a pager-like source, which managers honour, and which restores a
+// minimised window), else directly.
+void bringToFront(Display* d, Window w, bool managed) {
+    if (managed) {
+        sendToRoot(d, w, atom(d, "_NET_ACTIVE_WINDOW"), 2, CurrentTime, 0);
+    } else {
+        XMapRaised(d, w);
+        XSync(d, False);
+        XSetInputFocus(d, w, RevertToParent, CurrentTime);
+    }
+    XSync(d, False);
+}
+
+// Takes the window out of the minimised state: mapped again, its hidden state removed.
+void restore(Display* d, Window w, bool managed) {
+    if (managed) {
+        const Atom state = atom(d, "_NET_WM_STATE");
+        sendToRoot(d, w, state, 0 /* remove */, static_cast<long>(atom(d, "_NET_WM_STATE_HIDDEN")), 0);
+    }
+    XMapRaised(d, w);
+    XSync(d, False);
+}
+
 template <typename Match>
 WindowId findWindow(Match match) {
     DisplayPtr d = openDisplay();
@@ -111,6 +180,64 @@ WindowId FindWindowByTitlePart(const QString& part) {
 
 WindowId FindWindowByTitle(const QString& title) {
     return findWindow([&](const QString& t) { return t == title; });
+}
+
+WindowId ActivateWindowByTitle(const QString& title, const std::function<void(int ms)>& wait) {
+    const WindowId found = FindWindowByTitle(title);
+    if (!found) return 0;
+    DisplayPtr d = openDisplay();
+    if (!d) return 0;
+    const Window w = static_cast<Window>(found);
+    {
+        QuietErrors quiet(d.get());
+        bringToFront(d.get(), w, hasWindowManager(d.get()));
+    }
+    wait(200);
+    {
+        QuietErrors quiet(d.get());
+        const bool managed = hasWindowManager(d.get());
+        restore(d.get(), w, managed);
+        if (managed && activeWindow(d.get()) != w) bringToFront(d.get(), w, true);  // a slow manager: ask once more
+        if (!managed) XSetInputFocus(d.get(), w, RevertToParent, CurrentTime);
+    }
+    wait(500);
+    return found;
+}
+
+WindowId FocusedWindow() {
+    DisplayPtr d = openDisplay();
+    if (!d) return 0;
+    QuietErrors quiet(d.get());
+    if (hasWindowManager(d.get())) return static_cast<WindowId>(activeWindow(d.get()));
+    // Without a manager the focus may sit on a child window: walk up to the top-level one.
+    Window focus = 0;
+    int revert = 0;
+    XGetInputFocus(d.get(), &focus, &revert);
+    const std::vector<Window> tops = topLevelWindows(d.get());
+    const Window root = DefaultRootWindow(d.get());
+    while (focus && focus != PointerRoot && focus != root) {
+        if (std::find(tops.begin(), tops.end(), focus) != tops.end()) return static_cast<WindowId>(focus);
+        Window rootReturn = 0, parent = 0;
+        Window* children = nullptr;
+        unsigned int n = 0;
+        if (!XQueryTree(d.get(), focus, &rootReturn, &parent, &children, &n)) return 0;
+        if (children) XFree(children);
+        focus = parent;
+    }
+    return 0;
+}
+
+bool SendKeyF7() {
+    DisplayPtr d = openDisplay();
+    if (!d) return false;
+    int event = 0, error = 0, major = 0, minor = 0;
+    if (!XTestQueryExtension(d.get(), &event, &error, &major, &minor)) return false;
+    const KeyCode key = XKeysymToKeycode(d.get(), XK_F7);
+    if (!key) return false;
+    XTestFakeKeyEvent(d.get(), key, True, CurrentTime);
+    XTestFakeKeyEvent(d.get(), key, False, CurrentTime);
+    XSync(d.get(), False);
+    return true;
 }
 
 std::optional<QRect> WindowRect(WindowId window) {

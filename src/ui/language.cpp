@@ -66,7 +66,7 @@ const std::array<LanguageLine, 55> kLanguageLines{{
     {213, &T::SetupPositionQrzcq, "SetupPositionQrzcq"},
 }};
 
-const std::array<KeyedLine, 13> kKeyedLines{{
+const std::array<KeyedLine, 21> kKeyedLines{{
     {"StatusNoCall", &T::StatusNoCall},
     {"StatusNotACall", &T::StatusNotACall},
     {"StatusUnreachable", &T::StatusUnreachable},
@@ -80,6 +80,14 @@ const std::array<KeyedLine, 13> kKeyedLines{{
     {"PrintButton", &T::PrintButton},
     {"PrintPdf", &T::PrintPdf},
     {"PrintClose", &T::PrintClose},
+    {"MenuPictureCopy", &T::MenuPictureCopy},
+    {"MenuPictureBitmap", &T::MenuPictureBitmap},
+    {"MenuPicturePictaro", &T::MenuPicturePictaro},
+    {"MenuPictureJpeg", &T::MenuPictureJpeg},
+    {"StatusBitmapSaved", &T::StatusBitmapSaved},
+    {"StatusPictaroAbsent", &T::StatusPictaroAbsent},
+    {"StatusPictaroFocus", &T::StatusPictaroFocus},
+    {"StatusNoKeys", &T::StatusNoKeys},
 }};
 
 namespace {

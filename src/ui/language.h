@@ -76,6 +76,14 @@ struct LanguageTexts {
     QString PrintButton;           // print window: print on a printer
     QString PrintPdf;              // print window: print into a PDF file
     QString PrintClose;            // print window: close it
+    QString MenuPictureCopy;       // picture menu: copy the picture
+    QString MenuPictureBitmap;     // picture menu: save it as a bitmap on the desktop
+    QString MenuPicturePictaro;    // picture menu: paste it into Pictaro's transmit picture
+    QString MenuPictureJpeg;       // picture menu: save it as a JPEG file
+    QString StatusBitmapSaved;     // lblStatus: "###" -> the bitmap's file name
+    QString StatusPictaroAbsent;   // lblStatus: no Pictaro window; the picture is on the clipboard
+    QString StatusPictaroFocus;    // lblStatus: Pictaro lost the focus before F7; picture on the clipboard
+    QString StatusNoKeys;          // lblStatus: keys cannot be sent on this desktop; picture on the clipboard
 };
 
 // Line number (as the CR split counts, from 0) -> slot and the key the shipped files use.
@@ -98,7 +106,7 @@ struct KeyedLine {
     const char* key;
     QString LanguageTexts::*slot;
 };
-extern const std::array<KeyedLine, 13> kKeyedLines;
+extern const std::array<KeyedLine, 21> kKeyedLines;
 
 enum class LanguageLoad { Ok, NotFound, Corrupt, WrongVersion, Overflow };
 

@@ -8,11 +8,13 @@
 #include "db/form26.h"
 #include "lookup/callbookserver.h"
 #include "lookup/uclookup.h"
+#include "pictures/form21.h"
 #include "setup/form2.h"
 #include "ui/beep.h"
 #include "ui/helpwindow.h"
 #include "ui/popupmenu.h"
 #include "ui/unimsgbox.h"
+#include "standin.h"
 #include "wmcheck.h"
 
 #include <QApplication>
@@ -26,7 +28,9 @@
 #include <QNetworkReply>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QSystemTrayIcon>
 #include <QTemporaryDir>
 #include <QTcpServer>
@@ -447,6 +451,71 @@ private slots:
         QCOMPARE(readFile(data + "/images/qrzImages/DL1ABC.jpg"), readFile(kPictures + "dl1abc.jpg"));
         QCOMPARE(form->Image1->pixmap().toImage(), QImage(kPictures + "dl1abc.jpg").convertToFormat(form->Image1->pixmap().toImage().format()));
         QVERIFY(CallDatabase(g.callFilePath()).FindCallRecord("DL1ABC") > 0);
+    }
+
+    // The right button over the station picture opens the picture menu at the cursor; its paste
+    // item hands the station's picture to Pictaro (the stand-in, minimised where a window
+    // manager runs) and its bitmap item writes it on the desktop.
+    void pictureMenuHandsThePictureOn() {
+        QVERIFY(loadShown());
+        pressF8(*form, "DL1ABC");
+        QTRY_VERIFY_WITH_TIMEOUT(form->Image1->isVisible(), 10000);
+        const QPoint click = form->Image1->rect().center();
+        QCursor::setPos(form->Image1->mapToGlobal(click) + QPoint(8, 8));  // then over the menu, which stays open
+        QTest::mouseClick(form->Image1, Qt::RightButton, {}, click);
+        QVERIFY(form->openMenu());
+        QStringList captions;
+        for (const MenuItem& item : form->openMenu()->items()) captions << item.caption;
+        QCOMPARE(captions, (QStringList{"Afbeelding kopiëren", "Opslaan als bitmap op het bureaublad", "Plakken in Pictaro TX",
+                                        "Opslaan als JPEG...", g.Texts.PrintTitle}));
+        QCOMPARE(form->openMenu()->pos(), form->Image1->mapToGlobal(click));
+        if (!qEnvironmentVariable("PX_SCREENSHOTS").isEmpty()) {
+            const QRect shot = form->frameGeometry().united(form->openMenu()->geometry()).adjusted(-10, -10, 10, 10);
+            QTest::qWait(300);
+            form->screen()->grabWindow(0, shot.x(), shot.y(), shot.width(), shot.height())
+                .save(qEnvironmentVariable("PX_SCREENSHOTS") + "/picture_menu.png");
+        }
+
+        QTemporaryDir dir;
+        Standin pictaro(dir.path(), QStringLiteral("Pictaro"), windowManagerRuns());
+        QVERIFY(pictaro.ready());
+        form->MnuPopupImageClick(2);
+        QVERIFY(!form->openMenu());
+        QTRY_COMPARE(pictaro.log(), QStringLiteral("F7 200x150\n"));
+        const QImage station = QImage(kPictures + "dl1abc.jpg").convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(pictaro.received().convertToFormat(QImage::Format_RGB32), station);
+        QCOMPARE(form->lblStatus->text(), QString());
+
+        const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+        QVERIFY(QDir().mkpath(desktop));
+        QFile::remove(desktop + "/PX Callsigns_1.bmp");
+        form->MnuPopupImageClick(1);
+        QCOMPARE(QImage(desktop + "/PX Callsigns_1.bmp").convertToFormat(QImage::Format_RGB32), station);
+        QCOMPARE(form->lblStatus->text(), QStringLiteral("Afbeelding op het bureaublad opgeslagen als PX Callsigns_1.bmp"));  // Dutch: app.cfg says 5
+        QFile::remove(desktop + "/PX Callsigns_1.bmp");
+
+        // While the editor is open, the menu opens over its picture too and takes that picture.
+        form->MnuSetupClick(1);
+        auto* editor = form->findChild<Form26*>();
+        QVERIFY(editor);
+        const QImage other = QImage(kPictures + "g4abc.jpg").convertToFormat(QImage::Format_RGB32);
+        editor->Image1->setPixmap(QPixmap::fromImage(other));
+        editor->Image1->setGeometry(10, 10, 60, 40);
+        editor->Image1->show();
+        QTest::mouseClick(editor->Image1, Qt::RightButton, {}, QPoint(5, 5));
+        QVERIFY(form->openMenu());
+        form->MnuPopupImageClick(0);
+        QCOMPARE(QGuiApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32), other);
+        editor->close();
+        QTRY_VERIFY(!form->findChild<Form26*>());
+        form->MnuPopupImageClick(0);
+        QCOMPARE(QGuiApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32), station);
+
+        form->MnuPopupImageClick(4);  // the print window, with the station's picture
+        auto* print = form->findChild<Form21*>();
+        QVERIFY(print);
+        QTRY_VERIFY(print->isVisible());
+        print->close();
     }
 
     // A page that says the call is unknown keeps nothing and shows nothing of itself, even right
