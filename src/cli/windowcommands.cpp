@@ -2,6 +2,7 @@
 
 #include "cli/cliargs.h"
 #include "pictures/printpicture.h"
+#include "pictures/savejpg.h"
 
 #include <QLoggingCategory>
 #include <QTextStream>
@@ -32,7 +33,7 @@ int runPrint(const CliArgs& p) {
     const int size = p.values.value(QStringLiteral("--size"), QString::number(kPrintWidthDefaultCm)).toInt(&ok);
     if (!ok || size < kPrintWidthMinCm || size > kPrintWidthMaxCm)
         return usageError(QStringLiteral("--size takes %1 to %2 (centimetres)").arg(kPrintWidthMinCm).arg(kPrintWidthMaxCm));
-    const Result<QImage> picture = ReadPictureForPrint(p.positional[1]);
+    const Result<QImage> picture = ReadPictureFile(p.positional[1]);
     Status done = picture ? PrintPictureToPdf(p.values.value(QStringLiteral("--pdf")), *picture, size) : picture.status();
     if (done) return 0;
     err() << "pxcallsigns: " << done.message() << "\n";

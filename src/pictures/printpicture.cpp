@@ -1,18 +1,8 @@
 #include "pictures/printpicture.h"
 
-#include <QFileInfo>
-#include <QImageReader>
 #include <QPainter>
 #include <QPrinter>
 #include <algorithm>
-
-namespace {
-
-// Station pictures are photographs of a few megapixels; a file that claims far more is refused
-// before any memory is taken for it.
-constexpr int kMaxPictureMegabytes = 256;
-
-}  // namespace
 
 QRectF PrintedPictureRect(QSizeF areaMm, QSize pictureSize, int widthCm) {
     if (pictureSize.isEmpty() || areaMm.isEmpty() || widthCm <= 0) return {};
@@ -21,16 +11,6 @@ QRectF PrintedPictureRect(QSizeF areaMm, QSize pictureSize, int widthCm) {
     width = std::min(width, areaMm.width());
     width = std::min(width, areaMm.height() / aspect);
     return QRectF((areaMm.width() - width) / 2, 0, width, width * aspect);
-}
-
-Result<QImage> ReadPictureForPrint(const QString& file) {
-    QImageReader reader(file);
-    reader.setAllocationLimit(kMaxPictureMegabytes);
-    QImage picture = reader.read();
-    if (picture.isNull())
-        return Status::Failed(QStringLiteral("Cannot read the picture '") + QFileInfo(file).fileName() + QStringLiteral("': ") +
-                              reader.errorString());
-    return picture;
 }
 
 Status PrintPicture(QPrinter& printer, const QImage& picture, int widthCm) {

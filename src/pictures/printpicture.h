@@ -24,10 +24,6 @@ inline constexpr int kPrintWidthDefaultCm = 10;
 // an empty picture or area.
 QRectF PrintedPictureRect(QSizeF areaMm, QSize pictureSize, int widthCm);
 
-// Reads a picture for printing; a file that is no picture, or one that declares more pixels than
-// a picture of a station can sensibly have, fails with a message.
-Result<QImage> ReadPictureForPrint(const QString& file);
-
 // Prints the picture on one page of printer, widthCm wide (see PrintedPictureRect).
 Status PrintPicture(QPrinter& printer, const QImage& picture, int widthCm);
 

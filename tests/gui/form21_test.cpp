@@ -157,7 +157,7 @@ private slots:
         };
         const Case cases[] = {
             {{"print", page.fileName(), "--pdf", pdf}, 1, "pxcallsigns: Cannot read the picture 'page.jpg': "},
-            {{"print", huge.fileName(), "--pdf", pdf}, 1, "pxcallsigns: Cannot read the picture 'huge.jpg': "},
+            {{"print", huge.fileName(), "--pdf", pdf}, 1, "pxcallsigns: The picture 'huge.jpg' is too large: 40000 x 40000 pixels\n"},
             {{"print", dir.path() + "/none.png", "--pdf", pdf}, 1, "pxcallsigns: Cannot read the picture 'none.png': "},
             {{"print", picture, "--pdf", dir.path() + "/no/such/folder/out.pdf"}, 1, "pxcallsigns: Cannot print to "},
             {{"print", picture, "--size", "1", "--pdf", pdf}, 2, "pxcallsigns: --size takes 2 to 18 (centimetres)\n"},
