@@ -18,10 +18,7 @@ for target in fuzz_callbook_page fuzz_html_paths fuzz_call_file fuzz_language fu
   extra=()
   case "$name" in
     callbook_page) extra=(-max_len=65536 -dict="$here/callbook_page.dict") ;;
-    # Still finds pages where the two paths part (deep nesting around tables and <select>):
-    # open findings, so CI replays its seeds only and stays the same from run to run; run it
-    # longer by hand (fuzz/README.md).
-    html_paths) extra=(-max_len=65536 -dict="$here/html_paths.dict" -runs=0) ;;
+    html_paths) extra=(-max_len=65536 -dict="$here/html_paths.dict") ;;
     call_file) extra=(-max_len=20000) ;;
     language) extra=(-max_len=32768) ;;
     *) extra=(-max_len=4096) ;;

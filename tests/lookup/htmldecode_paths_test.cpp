@@ -6,11 +6,13 @@
 // gives must be what the plain path gives.
 #include "conformance/pages.h"
 #include "lookup/html/render.h"
+#include "lookup/htmldecode.h"
 
 #include <QByteArray>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -68,6 +70,38 @@ TEST(MarksAndPlainPath, PagesTheFuzzerFound) {
         EXPECT_TRUE(marked.fromMarks) << f.name;
         EXPECT_EQ(marked.text, QString::fromUtf8(f.text)) << f.name;
         EXPECT_EQ(plain.text, QString::fromUtf8(f.text)) << f.name;
+    }
+}
+
+// Pages nested as deep as the parser is let go (kMaxNesting levels of `open`), where the start
+// tags behind are cut with their end tags; the text on both sides of a cut tag comes together
+// and must read as it read with the tag between, on both paths.
+struct DeepFound {
+    const char *name, *open, *tail, *text;
+};
+constexpr DeepFound kDeepFound[] = {
+    {"less_than_before_cut_tag", "<div>", "<<b>ab>", "<ab>"},
+    {"less_than_before_cut_end_tag", "<div>", "<b>x<</b>ab>", "x<ab>"},
+    {"less_than_before_two_cut_tags", "<div>", "<<b><i>ab>c", "<ab>c"},
+    {"less_than_before_cut_tag_then_end_tag", "<div>", "x<<b>/div>y", "x</div>y"},
+    {"less_than_before_cut_tag_then_comment", "<div>", "x<<b>!--y-->z", "x<!--y-->z"},
+    {"less_than_before_cut_tag_in_table", "<table><tr><td>", "<<b>ab>", "<ab>"},
+    {"named_reference_before_cut_tag", "<div>", "&not<b>in;", "\u00ACin;"},
+    {"reference_without_semicolon_before_cut_tag", "<div>", "&amp<b>;x", "&;x"},
+    {"numeric_reference_before_cut_tag", "<div>", "&#65<b>0;", "A0;"},
+    {"hex_reference_before_cut_tag", "<div>", "&#x26<b>1;", "&1;"},
+};
+
+TEST(MarksAndPlainPath, TextAroundCutTags) {
+    for (const DeepFound& f : kDeepFound) {
+        std::string html;
+        for (int k = 0; k < lookup::kMaxNesting; ++k) html += f.open;
+        html += f.tail;
+        const Page page{f.name, QString::fromStdString(html)};
+        const lookup::html::Rendering marked = render(page, true), plain = render(page, false);
+        EXPECT_TRUE(marked.fromMarks) << f.name;
+        EXPECT_EQ(marked.text.trimmed(), QString::fromUtf8(f.text)) << f.name;
+        EXPECT_EQ(plain.text.trimmed(), QString::fromUtf8(f.text)) << f.name;
     }
 }
 

@@ -12,6 +12,7 @@ namespace lookup::html {
 // White space to the HTML tokenizer (a form feed included).
 inline bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
 inline bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
 inline char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
 // Whether `text` holds `prefix` at `at`, ignoring the case of `text`; `prefix` is lower-case.

@@ -52,7 +52,7 @@ void Prescan::reopenFormatting() {
 void Prescan::endTag(size_t from, size_t to) {
     if (const auto d = dropped_.find(name_); d != dropped_.end() && d->second > 0) {
         --d->second;
-        edits_.push_back({from, to, -1});
+        cutTag(from, to);
     } else if (!popThroughNamed(name_, [](const Open&) { return false; })) {
         const auto r = std::find_if(reopen_.begin(), reopen_.end(), [&](const Open& e) { return e.name == name_; });
         if (r != reopen_.end()) reopen_.erase(r);
@@ -80,10 +80,24 @@ void Prescan::startTag(size_t from, size_t to, unsigned flags) {
 
     if (open_.size() >= static_cast<size_t>(kMaxNesting)) {
         ++dropped_[name_];
-        edits_.push_back({from, to, -1});
+        cutTag(from, to);
     } else {
         open_.push_back({name_, flags});
     }
+}
+
+// The text on both sides of a cut tag comes together. The tokenizer reads it as it read it with
+// the tag between only when the text before ends in neither a '<' ("<" and "p>" would make a
+// tag) nor a character reference still open ("&not" and "in;" would make "&notin;"); there an
+// empty comment takes the tag's place, which ends them as the tag did and adds no text.
+void Prescan::cutTag(size_t from, size_t to) {
+    size_t end = from;  // of the text before, behind the tags cut right before this one
+    for (size_t k = edits_.size(); k-- > 0 && edits_[k].to == end && edits_[k].run < 0 && edits_[k].insert.empty();)
+        end = edits_[k].from;
+    size_t k = end;
+    while (k > 0 && (isLetter(html_[k - 1]) || isDigit(html_[k - 1]) || html_[k - 1] == '#')) --k;
+    const bool joins = end > 0 && (html_[end - 1] == '<' || (k > 0 && html_[k - 1] == '&'));
+    edits_.push_back({from, to, -1, joins ? string_view("<!---->") : string_view()});
 }
 
 void Prescan::mark(size_t from, size_t to) {
@@ -208,7 +222,7 @@ string_view Prescan::run(unsigned changes) {
             edits_.insert(edits_.end(), tagEdits_.begin(), tagEdits_.end());
         };
         if (unformatted && (tagFlags(name_) & kFormattingFlag)) {
-            edits_.push_back({start, i, -1});
+            cutTag(start, i);
             continue;
         }
         const unsigned flags = isEnd ? 0u : tagFlags(name_);

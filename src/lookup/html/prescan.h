@@ -59,6 +59,8 @@ private:
     void markRuns(size_t from, size_t to);
     void markReplaced(size_t from, size_t to);
     void mark(size_t from, size_t to);
+    // Cuts the tag from `from` to `to` out of the page.
+    void cutTag(size_t from, size_t to);
     // The page with edits_ made, in out_.
     std::string_view applyEdits();
     // Pops down to and including the nearest element that `isTarget`, unless one that `isStop`
