@@ -140,8 +140,6 @@ void Form1::layOutControls() {
         menuLabel->setFixedSize(18, 18);
     }
     lblMaps->setToolTip(QStringLiteral("Maps"));
-    // Every item of the maps menu opens a window still to come: no menu until one exists.
-    lblMaps->hide();
     lblSetup->setToolTip(QStringLiteral("Setup"));
     pic1->setGeometry(rect());
 }

@@ -1,6 +1,10 @@
 #include "app/form1.h"
 
 #include "app/nicknames.h"
+#include "lookup/cookiefile.h"
+#include "lookup/uclookup.h"
+#include "pictures/stationviewapi.h"
+#include "pictures/stationviewrules.h"
 #include "db/form26.h"
 #include "setup/form2.h"
 #include "ui/popupmenu.h"
@@ -25,6 +29,13 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
     }
     if (watched == Image1 && mouse->button() == Qt::RightButton) {
         ShowPictureMenu(mouse->globalPosition().toPoint());
+        return true;
+    }
+    if (watched == lblMaps) {
+        QList<MenuItem> items;
+        for (int i = 0; i < static_cast<int>(MapsMenuCaptions.size()); ++i) items.append({i, MapsMenuCaptions[i]});
+        items.append({kMenuLogIn, QString(g_.Texts.MenuLogIn).replace(QLatin1String("***"), g_.ServiceName)});
+        showMenu(lblMaps, items, &Form1::MnuMapsClick);
         return true;
     }
     if (watched == lblSetup) {
@@ -80,4 +91,30 @@ void Form1::MnuSetupClick(int item) {
     }
     if (item == 2) ShowHelp();
     if (item == 3) Unload();
+}
+
+void Form1::MnuMapsClick(int item) {
+    tmrMenus->stop();
+    if (menu_) menu_->close();
+    const QString host = QStringLiteral("https://www.google.com");
+    QString request;
+    if (item == 1 || item == 2) {
+        const QString link = item == 1 ? stationview::WebMapByAddress(host, lblAdd1->text(), lblAdd2->text(),
+                                                                      lblCtry->text(), g_.OtherLat, g_.OtherLon)
+                                       : stationview::WebMapByPosition(host, g_.OtherLat, g_.OtherLon);
+        if (link.isEmpty()) return;  // no known position
+        request = stationview::MapRequest(link, g_.CurrentCall);
+    }
+    if (item == 3) {
+        if (g_.CurrentCall.isEmpty()) return;
+        request = lookUp->PageUrl(g_.CurrentCall) + u'*' + g_.CurrentCall;
+    }
+    if (item == kMenuLogIn) request = lookUp->SignInUrl() + u'*' + g_.ServiceName;
+    if (!request.isEmpty()) openStationView(request);
+}
+
+void Form1::openStationView(const QString& request) {
+    if (stView_) stView_->close();
+    stViewHandle_ = OpenStationView(this, g_.Texts, request, cookies_, stationViewActions);
+    stView_ = stViewHandle_ ? stViewHandle_->window() : nullptr;
 }

@@ -1,0 +1,36 @@
+// The plugin that the program loads when the station view is first opened: the one place that
+// links the browser engine.
+#include "stationview/stationviewplugin.h"
+
+#include "stationview/frmstview.h"
+
+#include <QtGlobal>
+#include <unistd.h>
+
+namespace {
+
+// The engine reads its switches once, when the first profile is made. Its sandbox cannot start
+// for root (the tests run as root under Xvfb).
+void SetEngineSwitches() {
+    static bool done = false;
+    if (done) return;
+    done = true;
+    if (!qEnvironmentVariableIsEmpty("QTWEBENGINE_CHROMIUM_FLAGS")) return;
+    QByteArray flags = "--disable-background-networking";
+#ifndef _WIN32
+    if (geteuid() == 0) {
+        flags += " --no-sandbox";
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    }
+#endif
+    if (qgetenv("QT_QPA_PLATFORM") == "offscreen") flags += " --disable-gpu";
+    qputenv("QTWEBENGINE_CHROMIUM_FLAGS", flags);
+    if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES")) qputenv("QT_LOGGING_RULES", "qt.webenginecontext.info=false");
+}
+
+}  // namespace
+
+StationView* StationViewPlugin::create(const StationViewSetup& setup) {
+    SetEngineSwitches();
+    return new frmStView(setup);
+}
