@@ -115,7 +115,11 @@ void frmStView::makeBrowser() {
     connect(browser_->page(), &QWebEnginePage::loadingChanged, this, &frmStView::loadingChanged);
     connect(browser_->page(), &QWebEnginePage::renderProcessTerminated, this,
             [this](QWebEnginePage::RenderProcessTerminationStatus status, int) {
-                if (status != QWebEnginePage::NormalTerminationStatus) RetryView();
+                if (status == QWebEnginePage::NormalTerminationStatus) return;
+                // A page that was shown has gone with its renderer: it is opened anew.
+                done_ = false;
+                awaitingFrame_ = false;
+                RetryView();
             });
     pageArea_->layout()->addWidget(browser_);
     // The engine draws through a Qt Quick scene; its frames tell when the page is on the screen.

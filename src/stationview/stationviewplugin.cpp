@@ -17,13 +17,16 @@ void SetEngineSwitches() {
     done = true;
     if (!qEnvironmentVariableIsEmpty("QTWEBENGINE_CHROMIUM_FLAGS")) return;
     QByteArray flags = "--disable-background-networking";
+    bool software = qgetenv("QT_QPA_PLATFORM") == "offscreen";
 #ifndef _WIN32
     if (geteuid() == 0) {
         flags += " --no-sandbox";
         qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+        // Root runs are the build machines' virtual displays, which have no graphics card either.
+        software = true;
     }
 #endif
-    if (qgetenv("QT_QPA_PLATFORM") == "offscreen") flags += " --disable-gpu";
+    if (software) flags += " --disable-gpu";
     qputenv("QTWEBENGINE_CHROMIUM_FLAGS", flags);
     if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES")) qputenv("QT_LOGGING_RULES", "qt.webenginecontext.info=false");
 }
