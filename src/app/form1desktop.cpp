@@ -140,6 +140,8 @@ void Form1::layOutControls() {
         menuLabel->setFixedSize(18, 18);
     }
     lblMaps->setToolTip(QStringLiteral("Maps"));
+    // Hidden while the strip has no room for it at the window's fixed width.
+    lblMaps->hide();
     lblSetup->setToolTip(QStringLiteral("Setup"));
     pic1->setGeometry(rect());
 }
