@@ -84,7 +84,10 @@ frmStView::frmStView(StationViewSetup setup) : setup_(std::move(setup)) {
 
     setWindowTitle(stationview::Caption(stationview::SplitRequest(setup_.request).call));
     setMinimumSize(200, kMenuBarHeight + 40);
-    setGeometry(stationview::Placement(setup_.monitor, setup_.keptLeft, setup_.keptWidth, setup_.keptHeight));
+    // The frame's corner at the place, the inside at the kept size.
+    const QRect place = stationview::Placement(setup_.monitor, setup_.keptLeft, setup_.keptWidth, setup_.keptHeight);
+    resize(place.size());
+    move(place.topLeft());
     if (!setup_.showWindow) setAttribute(Qt::WA_DontShowOnScreen);
     show();
     Timer1->start();
@@ -277,7 +280,7 @@ bool frmStView::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void frmStView::closeEvent(QCloseEvent* event) {
-    if (setup_.placed && setup_.showWindow) setup_.placed(geometry());
+    if (setup_.placed && setup_.showWindow) setup_.placed(QRect(frameGeometry().topLeft(), size()));
     Timer1->stop();
     dropBrowser();
     event->accept();

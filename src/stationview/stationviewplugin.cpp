@@ -4,6 +4,7 @@
 
 #include "stationview/frmstview.h"
 
+#include <QCoreApplication>
 #include <QtGlobal>
 #include <unistd.h>
 
@@ -17,7 +18,10 @@ void SetEngineSwitches() {
     done = true;
     if (!qEnvironmentVariableIsEmpty("QTWEBENGINE_CHROMIUM_FLAGS")) return;
     QByteArray flags = "--disable-background-networking";
-    bool software = qgetenv("QT_QPA_PLATFORM") == "offscreen";
+    // Without contexts shared from the start (the program does not share them: that alone would
+    // load the graphics libraries at every start), the engine draws in software.
+    bool software = qgetenv("QT_QPA_PLATFORM") == "offscreen" ||
+                    !QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts);
 #ifndef _WIN32
     if (geteuid() == 0) {
         flags += " --no-sandbox";

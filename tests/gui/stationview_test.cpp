@@ -219,7 +219,6 @@ private:
 };
 
 int main(int argc, char** argv) {
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     qputenv("PX_STATIONVIEW_TIMEOUT_MS", "1500");
     // Xvfb has no graphics card to offer; the engine draws in software from the start.
     qputenv("QTWEBENGINE_CHROMIUM_FLAGS", "--disable-gpu --no-sandbox --disable-background-networking");
