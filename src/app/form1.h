@@ -67,10 +67,15 @@ public:
     // page on the chosen service, kMenuLogIn the chosen service's login page in the station view.
     void MnuMapsClick(int item);
     static constexpr int kMenuLogIn = 100;
+    // The station view's request for a maps item; empty when the item opens none.
+    QString mapsRequest(int item) const;
     // Opens the station view on "address*caption"; closes one that is open.
     void openStationView(const QString& request);
-    // What the station view's paste and save do with its picture (the program's picture procedures).
+    // What the station view's paste, save and copy do with its picture: the program's picture
+    // procedures (Pictaro's paste, the JPEG save dialog and SaveJPG at quality 70, the bitmap
+    // class's clipboard copy) unless a test puts others here.
     StationViewActions stationViewActions;
+    StationViewActions stationViewPictureActions();
     StationView* stationView() const { return stView_ ? stViewHandle_ : nullptr; }
     // The cookies that the lookups and the station view share.
     CookieFile* cookies() const { return cookies_; }

@@ -96,25 +96,25 @@ void Form1::MnuSetupClick(int item) {
 void Form1::MnuMapsClick(int item) {
     tmrMenus->stop();
     if (menu_) menu_->close();
+    if (const QString request = mapsRequest(item); !request.isEmpty()) openStationView(request);
+}
+
+QString Form1::mapsRequest(int item) const {
     const QString host = QStringLiteral("https://www.google.com");
-    QString request;
     if (item == 1 || item == 2) {
         const QString link = item == 1 ? stationview::WebMapByAddress(host, lblAdd1->text(), lblAdd2->text(),
                                                                       lblCtry->text(), g_.OtherLat, g_.OtherLon)
                                        : stationview::WebMapByPosition(host, g_.OtherLat, g_.OtherLon);
-        if (link.isEmpty()) return;  // no known position
-        request = stationview::MapRequest(link, g_.CurrentCall);
+        return link.isEmpty() ? QString() : stationview::MapRequest(link, g_.CurrentCall);  // empty: no known position
     }
-    if (item == 3) {
-        if (g_.CurrentCall.isEmpty()) return;
-        request = lookUp->PageUrl(g_.CurrentCall) + u'*' + g_.CurrentCall;
-    }
-    if (item == kMenuLogIn) request = lookUp->SignInUrl() + u'*' + g_.ServiceName;
-    if (!request.isEmpty()) openStationView(request);
+    if (item == 3 && !g_.CurrentCall.isEmpty()) return lookUp->PageUrl(g_.CurrentCall) + u'*' + g_.CurrentCall;
+    if (item == kMenuLogIn) return lookUp->SignInUrl() + u'*' + g_.ServiceName;
+    return {};
 }
 
 void Form1::openStationView(const QString& request) {
     if (stView_) stView_->close();
-    stViewHandle_ = OpenStationView(this, g_.Texts, request, cookies_, stationViewActions);
+    const StationViewActions actions = stationViewActions.paste ? stationViewActions : stationViewPictureActions();
+    stViewHandle_ = OpenStationView(this, g_.Texts, request, cookies_, actions);
     stView_ = stViewHandle_ ? stViewHandle_->window() : nullptr;
 }
