@@ -6,11 +6,14 @@
 #include "pictures/stationviewloader.h"
 #include "pictures/stationviewrules.h"
 
+#include "app/pictaropaste.h"
+#include "gui/standin.h"
 #include "lookup/callbookserver.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QFile>
+#include <QLabel>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -52,6 +55,8 @@ std::unique_ptr<Opened> Open(const QString& request, QSize page = {400, 300}, QL
     setup.retried = [o](int attempt) { o->attempts.append(attempt); };
     setup.tell = [o](const QString& text) { o->told.append(text); };
     setup.pageDone = [o](bool shown) { o->done = shown ? 1 : 0; };
+    // The program's own paste (as the main window connects it).
+    setup.paste = [](const QImage& picture) { PasteToPictaro(picture, SessionDesktop(QGuiApplication::clipboard())); };
     setup.cookieChanged = [o](const QNetworkCookie& c, bool added) { o->cookies.append({c, added}); };
     o->view = factory->create(setup);
     o->window = o->view->window();
@@ -97,6 +102,26 @@ private slots:
         for (const Corner& c : corners) QCOMPARE(picture.pixel(c.at), c.colour);
         QCOMPARE(QGuiApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32), picture);
         QVERIFY(o->attempts.isEmpty());
+    }
+
+    // The paste label: the captured page arrives in the stand-in Pictaro pixel for pixel.
+    void pasteArrivesInPictaro() {
+        QTemporaryDir dir;
+        Standin pictaro(dir.path(), QStringLiteral("Pictaro"));
+        QVERIFY(pictaro.ready());
+        auto o = Open(server_.url(QStringLiteral("/blocks")) + QStringLiteral("*G4ABC"), QSize(320, 240));
+        QTRY_VERIFY_WITH_TIMEOUT(o->done != -1, kWaitMs);
+        QCOMPARE(o->done, 1);
+        QLabel* paste = nullptr;
+        for (QLabel* label : o->window->findChildren<QLabel*>())
+            if (label->text() == QStringLiteral("Paste to Pictaro TX")) paste = label;
+        QVERIFY(paste);
+        QTest::mouseClick(paste, Qt::LeftButton);
+        QTRY_COMPARE_WITH_TIMEOUT(pictaro.log(), QStringLiteral("F7 320x240\n"), 10000);
+        const QImage received = pictaro.received().convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(received, o->view->CaptureView());
+        QCOMPARE(received.pixel(0, 0), qRgb(255, 0, 0));
+        QCOMPARE(received.pixel(319, 239), qRgb(255, 255, 0));
     }
 
     // A window shrunk to nothing still captures (nothing) and stays usable; a capture while the
