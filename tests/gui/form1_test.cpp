@@ -2,6 +2,7 @@
 #include "app/datafolder.h"
 #include "app/callflow.h"
 #include "app/form1.h"
+#include "pictures/stationviewloader.h"
 #include "app/form13.h"
 #include "app/settings.h"
 #include "db/calldatabase.h"
@@ -336,6 +337,10 @@ private slots:
     // the shown station's page on the chosen service, the service's login page.
     void mapsItemsHandTheStationViewItsRequest() {
         QVERIFY(loadShown());
+        // The browser engine is not loaded until the station view first opens.
+        QVERIFY(!StationViewLoaded());
+        QFile maps("/proc/self/maps");
+        if (maps.open(QIODevice::ReadOnly)) QVERIFY(!maps.readAll().contains("WebEngine"));
         pressF8(*form, "G4ABC");
         QCOMPARE(g.CurrentCall, QString("G4ABC"));
         form->lblAdd1->setText(" 1 Long Lane ");
