@@ -6,6 +6,10 @@
 # must stay side by side under one prefix. Nothing else about the prefix is built in.
 
 install(TARGETS pxcallsigns RUNTIME DESTINATION bin)
+# The station view's browser plugin, where the program looks for it beside bin/.
+if(TARGET pxstationview)
+  install(TARGETS pxstationview LIBRARY DESTINATION lib/pxcallsigns)
+endif()
 
 # The default data folder as the build made it at install time: the languages, the nicknames, the
 # sample call-sign file, Help.txt and every map that is in Maps/ by then, with the empty folders.

@@ -10,13 +10,18 @@ Serves the fixture pages on 127.0.0.1 so that tests and the demo need no interne
   /hamcall/call        login-check page      /hamcall/call?callsign=CALL
   /pictures/L/CALL/CALL.jpg                  station pictures (PICTURES/<call>.jpg)
   /updates/                                  the update page
+  /qrz/login                                 the QRZ login form (GET) and its answer (POST)
+  /blocks                                    four coloured blocks filling the window (captures)
   /redirect/REST                             301 to /REST (as sites that moved answer)
   /delay/MS/REST                             /REST, answered MS milliseconds late
 
 The page for CALL is the one PAGES/routes.json names for it, else PAGES/<service>/notfound.html.
 The login-check page is home-loggedin.html or home.html by the service's login state; QRZ
 answers every lookup with login.html while logged out. The state is set with
-/_control/login?services=qrz,eham (an empty list logs out of all). Pages whose file name says
+/_control/login?services=qrz,eham (an empty list logs out of all). QRZ also has a real login:
+/qrz/login shows a form whose POST (user TEST1, password secret) sets the session cookie
+"qrz_session", good for a day; a request that carries it is logged in to QRZ whatever the state
+above says. Pages whose file name says
 "cp1252" go out without a charset in the header, so that their own <meta> declares it.
 
 Calls that make a fault instead of a page, on every service:
@@ -51,8 +56,27 @@ SERVICES = {
 
 class State:
     logged_in = set(SERVICES)
+    sessions = set()
     requests = []
     lock = threading.Lock()
+
+
+LOGIN_FORM = b"""<html><head><title>QRZ login</title></head><body>
+<form method="post" action="/qrz/login">
+<input id="username" name="username"> <input id="password" name="password" type="password">
+<input id="login" type="submit" value="Log in"></form></body></html>"""
+
+# The corners of the window in four colours: red top left, lime top right, blue bottom left,
+# yellow bottom right.
+BLOCKS = b"""<html><head><style>
+html, body { margin: 0; width: 100%; height: 100%; overflow: hidden; }
+div { position: absolute; width: 50%; height: 50%; }
+</style></head><body>
+<div style="left:0;top:0;background:#ff0000"></div><div style="right:0;top:0;background:#00ff00"></div>
+<div style="left:0;bottom:0;background:#0000ff"></div><div style="right:0;bottom:0;background:#ffff00"></div>
+</body></html>"""
+
+LOGIN_USER, LOGIN_PASSWORD = "TEST1", "secret"
 
 
 def read(path):
@@ -121,6 +145,31 @@ class Handler(BaseHTTPRequestHandler):
             return False
         return True
 
+    def session(self):
+        """The QRZ session the request's cookie names, when the stand-in gave it out."""
+        for part in self.headers.get("Cookie", "").split(";"):
+            name, _, value = part.strip().partition("=")
+            if name == "qrz_session":
+                with State.lock:
+                    if value in State.sessions:
+                        return value
+        return None
+
+    def do_POST(self):
+        length = min(int(self.headers.get("Content-Length", "0") or 0), 65536)
+        fields = urllib.parse.parse_qs(self.rfile.read(length).decode("utf-8", "replace"))
+        if urllib.parse.urlsplit(self.path).path != "/qrz/login":
+            return self.send(404, b"<html><body>Not Found</body></html>")
+        with State.lock:
+            State.requests.append("POST " + self.path)
+        if fields.get("username", [""])[0] != LOGIN_USER or fields.get("password", [""])[0] != LOGIN_PASSWORD:
+            return self.send(200, LOGIN_FORM.replace(b"<form", b"<p>Wrong user or password</p><form"))
+        token = "%016x" % random.getrandbits(64)
+        with State.lock:
+            State.sessions.add(token)
+        cookie = "qrz_session=%s; Path=/; Max-Age=86400; HttpOnly" % token
+        return self.send(303, b"", headers=[("Location", "/qrz/"), ("Set-Cookie", cookie)])
+
     def do_GET(self):
         url = urllib.parse.urlsplit(self.path)
         path = url.path
@@ -157,6 +206,10 @@ class Handler(BaseHTTPRequestHandler):
             if os.path.isfile(picture):
                 return self.send(200, read(picture), "image/jpeg")
             return self.send(404, b"<html><body>Not Found</body></html>")
+        if path == "/blocks":
+            return self.send(200, BLOCKS)
+        if path == "/qrz/login":
+            return self.send(200, LOGIN_FORM)
         if path in ("/updates", "/updates/"):
             found = self.page("updates", "index.html")
             return self.send(200, *found) if found else self.send(404, b"")
@@ -175,6 +228,8 @@ class Handler(BaseHTTPRequestHandler):
                 call = None
         with State.lock:
             logged_in = service in State.logged_in
+        if service == "qrz" and self.session():
+            logged_in = True
         if call is None and rest == login_path:
             found = (logged_in and self.page(service, "home-loggedin.html")) or self.page(service, "home.html")
             return self.send(200, *found) if found else self.send(404, b"")

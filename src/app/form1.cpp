@@ -1,5 +1,8 @@
 #include "app/form1.h"
 
+#include "lookup/cookiefile.h"
+#include "pictures/stationviewapi.h"
+
 #include "app/appcfg.h"
 #include "app/callflow.h"
 #include "app/datafolder.h"
@@ -52,6 +55,12 @@ Form1::Form1(ModuleValues& values, QWidget* parent) : QWidget(parent), g_(values
     createControls();
 
     lookUp = new ucLookUp(g_.DownloadBuffer, LookupHostsFromSettings(), this);
+    // One browser session: the station view's logins serve the lookups, and the other way round.
+    cookies_ = new CookieFile(settings::SettingsFolder() + u'/' + QLatin1String(settings::kCookieFileName));
+    cookies_->received = [this](const QNetworkCookie& cookie) {
+        if (StationView* view = stationView()) view->putCookie(cookie);
+    };
+    lookUp->setCookieJar(cookies_);
     stations_ = std::make_unique<StationService>(*lookUp, g_.DataPath);
     connect(lookUp, &ucLookUp::LoginChecked, this, &Form1::onLoginChecked);
     connect(lookUp, &ucLookUp::GotPage, this, &Form1::onGotPage);

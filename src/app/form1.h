@@ -4,9 +4,11 @@
 #include "app/stationservice.h"
 #include "db/callrecord.h"
 #include "lookup/awaitedpage.h"
+#include "pictures/stationviewhost.h"
 
 #include "ui/windowhelpers.h"
 
+#include <QPointer>
 #include <QStringList>
 #include <QWidget>
 #include <array>
@@ -24,6 +26,8 @@ class QSystemTrayIcon;
 class QTimer;
 class QUrl;
 class ucLookUp;
+class CookieFile;
+class StationView;
 
 class Form1 : public QWidget {
     Q_OBJECT
@@ -59,6 +63,22 @@ public:
     void MnuPopupImageClick(int item);
     // at: where the right button went down, on the screen.
     void ShowPictureMenu(QPoint at);
+    // Maps items: 1 web map by address, 2 by position, 3 the station view of the shown station's
+    // page on the chosen service, kMenuLogIn the chosen service's login page in the station view.
+    void MnuMapsClick(int item);
+    static constexpr int kMenuLogIn = 100;
+    // The station view's request for a maps item; empty when the item opens none.
+    QString mapsRequest(int item) const;
+    // Opens the station view on "address*caption"; closes one that is open.
+    void openStationView(const QString& request);
+    // What the station view's paste, save and copy do with its picture: the program's picture
+    // procedures (Pictaro's paste, the JPEG save dialog and SaveJPG at quality 70, the bitmap
+    // class's clipboard copy) unless a test puts others here.
+    StationViewActions stationViewActions;
+    StationViewActions stationViewPictureActions();
+    StationView* stationView() const { return stView_ ? stViewHandle_ : nullptr; }
+    // The cookies that the lookups and the station view share.
+    CookieFile* cookies() const { return cookies_; }
     // The help text: with the desktop's viewer, else in a window of the program.
     void ShowHelp();
     // How a file is handed to the desktop's viewer (false: it could not be); tests replace it.
@@ -148,6 +168,9 @@ private:
     bool unloading_ = false;
     QSystemTrayIcon* tray_ = nullptr;
     PopupMenu* menu_ = nullptr;
+    CookieFile* cookies_ = nullptr;
+    QPointer<QWidget> stView_;
+    StationView* stViewHandle_ = nullptr;
     BusyPointer busy_;
 
     // Window placement and the strip's layout.

@@ -140,7 +140,7 @@ void Form1::layOutControls() {
         menuLabel->setFixedSize(18, 18);
     }
     lblMaps->setToolTip(QStringLiteral("Maps"));
-    // Every item of the maps menu opens a window still to come: no menu until one exists.
+    // Hidden while the strip has no room for it at the window's fixed width.
     lblMaps->hide();
     lblSetup->setToolTip(QStringLiteral("Setup"));
     pic1->setGeometry(rect());

@@ -1,6 +1,10 @@
 #include "app/form1.h"
 
 #include "app/nicknames.h"
+#include "lookup/cookiefile.h"
+#include "lookup/uclookup.h"
+#include "pictures/stationviewapi.h"
+#include "pictures/stationviewrules.h"
 #include "db/form26.h"
 #include "setup/form2.h"
 #include "ui/popupmenu.h"
@@ -25,6 +29,13 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
     }
     if (watched == Image1 && mouse->button() == Qt::RightButton) {
         ShowPictureMenu(mouse->globalPosition().toPoint());
+        return true;
+    }
+    if (watched == lblMaps) {
+        QList<MenuItem> items;
+        for (int i = 0; i < static_cast<int>(MapsMenuCaptions.size()); ++i) items.append({i, MapsMenuCaptions[i]});
+        items.append({kMenuLogIn, QString(g_.Texts.MenuLogIn).replace(QLatin1String("***"), g_.ServiceName)});
+        showMenu(lblMaps, items, &Form1::MnuMapsClick);
         return true;
     }
     if (watched == lblSetup) {
@@ -80,4 +91,30 @@ void Form1::MnuSetupClick(int item) {
     }
     if (item == 2) ShowHelp();
     if (item == 3) Unload();
+}
+
+void Form1::MnuMapsClick(int item) {
+    tmrMenus->stop();
+    if (menu_) menu_->close();
+    if (const QString request = mapsRequest(item); !request.isEmpty()) openStationView(request);
+}
+
+QString Form1::mapsRequest(int item) const {
+    const QString host = QStringLiteral("https://www.google.com");
+    if (item == 1 || item == 2) {
+        const QString link = item == 1 ? stationview::WebMapByAddress(host, lblAdd1->text(), lblAdd2->text(),
+                                                                      lblCtry->text(), g_.OtherLat, g_.OtherLon)
+                                       : stationview::WebMapByPosition(host, g_.OtherLat, g_.OtherLon);
+        return link.isEmpty() ? QString() : stationview::MapRequest(link, g_.CurrentCall);  // empty: no known position
+    }
+    if (item == 3 && !g_.CurrentCall.isEmpty()) return lookUp->PageUrl(g_.CurrentCall) + u'*' + g_.CurrentCall;
+    if (item == kMenuLogIn) return lookUp->SignInUrl() + u'*' + g_.ServiceName;
+    return {};
+}
+
+void Form1::openStationView(const QString& request) {
+    if (stView_) stView_->close();
+    const StationViewActions actions = stationViewActions.paste ? stationViewActions : stationViewPictureActions();
+    stViewHandle_ = OpenStationView(this, g_.Texts, request, cookies_, actions);
+    stView_ = stViewHandle_ ? stViewHandle_->window() : nullptr;
 }

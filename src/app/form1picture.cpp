@@ -2,12 +2,15 @@
 
 #include "app/callflow.h"
 #include "app/form13.h"
+#include "app/pictaropaste.h"
 #include "app/picturemenu.h"
 #include "app/picturecache.h"
 #include "common/vbtext.h"
 #include "db/form26.h"
 #include "lookup/uclookup.h"
+#include "pictures/dibsection.h"
 #include "pictures/form21.h"
+#include "pictures/stationpicture.h"
 #include "ui/unimsgbox.h"
 
 #include <QClipboard>
@@ -94,4 +97,25 @@ void Form1::MnuPopupImageClick(int item) {
         return;
     }
     ::MnuPopupImageClick(item, a);
+}
+
+StationViewActions Form1::stationViewPictureActions() {
+    StationViewActions a;
+    // Paste and copy run with their errors ignored: a failed step leaves the picture as it was.
+    a.paste = [](const QImage& picture) { PasteToPictaro(picture, SessionDesktop(QGuiApplication::clipboard())); };
+    a.copy = [](const QImage& picture) {
+        cDIBSection bitmap;
+        bitmap.CreateFromPicture(picture);
+        bitmap.CopyToClipboard(QGuiApplication::clipboard(), false, [](const QString&) {});
+    };
+    QPointer<Form1> self(this);
+    a.save = [self](const QImage& picture) {
+        if (!self) return;
+        QWidget* owner = self->stView_ ? self->stView_.data() : self.data();
+        const QString target = JpegTargetFor(AskJpegName(QString(), owner));
+        if (target.isEmpty()) return;  // cancelled, or a name without a folder
+        if (const Status saved = SavePictureAsJpeg(picture, target); !saved)
+            ShowUniMsgBox(owner, saved.message(), msgbox::kIconExclamation, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+    };
+    return a;
 }

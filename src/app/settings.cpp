@@ -2,6 +2,8 @@
 
 #include "common/vbtext.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QSettings>
 
 namespace settings {
@@ -35,6 +37,13 @@ int32_t GetInt32Setting(Key key, int32_t fallback) {
 
 double GetDoubleSetting(Key key, double fallback) {
     return vb::parseNumber(GetSetting(key, QString::number(fallback, 'g', 17))).value_or(fallback);
+}
+
+QString SettingsFolder() {
+    const QSettings s(QSettings::UserScope, QLatin1String(kApplication));
+    const QString folder = QFileInfo(s.fileName()).absolutePath();
+    QDir().mkpath(folder);
+    return folder;
 }
 
 }  // namespace settings

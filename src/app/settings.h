@@ -22,6 +22,10 @@ inline constexpr Key kServiceIndex{"DataBase", "Index"};
 // Where the user last put the main window: its frame's top-left corner, in pixels.
 inline constexpr Key kForm1Left{"Form1", "Left"};
 inline constexpr Key kForm1Top{"Form1", "Top"};
+// The station view's left edge and size, in pixels.
+inline constexpr Key kStViewLeft{"frmStView", "Left"};
+inline constexpr Key kStViewHeight{"frmStView", "Height"};
+inline constexpr Key kStViewWidth{"frmStView", "Width"};
 
 QString GetSetting(Key key, const QString& fallback);
 void SaveSetting(Key key, const QString& value);
@@ -30,5 +34,9 @@ void SaveSetting(Key key, const QString& value);
 int16_t GetInt16Setting(Key key, int16_t fallback);
 int32_t GetInt32Setting(Key key, int32_t fallback);
 double GetDoubleSetting(Key key, double fallback);
+
+// The folder the settings file is in (created when missing); the shared cookie file lives there.
+QString SettingsFolder();
+inline constexpr const char* kCookieFileName = "PX Callsigns.cookies";
 
 }  // namespace settings

@@ -1,6 +1,7 @@
 #include "cli/windowcommands.h"
 
 #include "cli/cliargs.h"
+#include "cli/stationviewcommand.h"
 #include "pictures/printpicture.h"
 #include "pictures/savejpg.h"
 
@@ -45,7 +46,7 @@ struct WindowCommand {
     const char* name;
     int (*run)(const CliArgs&);
 };
-constexpr WindowCommand kWindowCommands[] = {{"print", runPrint}};
+constexpr WindowCommand kWindowCommands[] = {{"print", runPrint}, {"station-view", RunStationViewCommand}};
 
 }  // namespace
 
@@ -61,7 +62,7 @@ bool IsWindowCommand(const QStringList& args) {
 int RunWindowCommand(const QStringList& args) {
     // A refused picture or a file that cannot be written is said in our own words; Qt's reader and
     // painter need not say it too.
-    QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio.warning=false\ndefault.warning=false"));
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio.warning=false\ndefault.warning=false\nqt.webenginecontext.info=false"));
     const CliArgs p = ParseCliArgs(args.mid(1));
     for (const WindowCommand& c : kWindowCommands)
         if (p.positional.value(0) == QLatin1String(c.name)) return c.run(p);

@@ -5,6 +5,7 @@
 #include "lookup/htmldecode.h"
 
 #include <QNetworkAccessManager>
+#include <QNetworkCookieJar>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QUrl>
@@ -39,6 +40,19 @@ ucLookUp::~ucLookUp() {
 QString ucLookUp::LoginUrl() const {
     const CallbookService* service = ServiceByNumber(Database);
     return service ? hosts_.services[Database - 1] + QLatin1String(service->loginPath) : QString();
+}
+
+QString ucLookUp::SignInUrl() const {
+    const CallbookService* service = ServiceByNumber(Database);
+    if (!service) return {};
+    // QRZ logs in on a page of its own; the others on their home page.
+    const bool ownPage = service->number == lookup::Service::Qrz;
+    return hosts_.services[Database - 1] + (ownPage ? QStringLiteral("/login") : QStringLiteral("/"));
+}
+
+void ucLookUp::setCookieJar(QNetworkCookieJar* jar) {
+    network_->setCookieJar(jar);
+    jar->setParent(this);
 }
 
 QString ucLookUp::PageUrl(const QString& ca) const {

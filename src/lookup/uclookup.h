@@ -12,6 +12,7 @@
 #include <vector>
 
 class QNetworkAccessManager;
+class QNetworkCookieJar;
 class QNetworkReply;
 
 // Why the last failed download failed.
@@ -43,8 +44,14 @@ public:
 
     // The URLs the requests use (exposed so that their rules can be tested).
     QString LoginUrl() const;
+    // The page where the user logs in to the selected service (in the station view).
+    QString SignInUrl() const;
     QString PageUrl(const QString& ca) const;
     QString PictureUrl(const QString& cal) const;
+
+    // The cookies the downloads send and keep; the control's own in-memory jar without one. The
+    // jar passes to the control, which deletes it.
+    void setCookieJar(QNetworkCookieJar* jar);
 
     // Whether the selected service's login marker is in PageText.
     bool LoginState() const;

@@ -66,7 +66,7 @@ const std::array<LanguageLine, 55> kLanguageLines{{
     {213, &T::SetupPositionQrzcq, "SetupPositionQrzcq"},
 }};
 
-const std::array<KeyedLine, 21> kKeyedLines{{
+const std::array<KeyedLine, 24> kKeyedLines{{
     {"StatusNoCall", &T::StatusNoCall},
     {"StatusNotACall", &T::StatusNotACall},
     {"StatusUnreachable", &T::StatusUnreachable},
@@ -88,6 +88,9 @@ const std::array<KeyedLine, 21> kKeyedLines{{
     {"StatusPictaroAbsent", &T::StatusPictaroAbsent},
     {"StatusPictaroFocus", &T::StatusPictaroFocus},
     {"StatusNoKeys", &T::StatusNoKeys},
+    {"StViewCopy", &T::StViewCopy},
+    {"StViewRetry", &T::StViewRetry},
+    {"MenuLogIn", &T::MenuLogIn},
 }};
 
 namespace {

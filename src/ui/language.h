@@ -84,6 +84,9 @@ struct LanguageTexts {
     QString StatusPictaroAbsent;   // lblStatus: no Pictaro window; the picture is on the clipboard
     QString StatusPictaroFocus;    // lblStatus: Pictaro lost the focus before F7; picture on the clipboard
     QString StatusNoKeys;          // lblStatus: keys cannot be sent on this desktop; picture on the clipboard
+    QString StViewCopy;            // station view: the copy label
+    QString StViewRetry;           // station view: the page failed again, the browser starts afresh
+    QString MenuLogIn;             // maps menu: "***" -> service; the login page in the station view
 };
 
 // Line number (as the CR split counts, from 0) -> slot and the key the shipped files use.
@@ -106,7 +109,7 @@ struct KeyedLine {
     const char* key;
     QString LanguageTexts::*slot;
 };
-extern const std::array<KeyedLine, 21> kKeyedLines;
+extern const std::array<KeyedLine, 24> kKeyedLines;
 
 enum class LanguageLoad { Ok, NotFound, Corrupt, WrongVersion, Overflow };
 

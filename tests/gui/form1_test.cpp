@@ -2,6 +2,7 @@
 #include "app/datafolder.h"
 #include "app/callflow.h"
 #include "app/form1.h"
+#include "pictures/stationviewloader.h"
 #include "app/form13.h"
 #include "app/settings.h"
 #include "db/calldatabase.h"
@@ -332,6 +333,45 @@ private slots:
     }
 
     // A cached picture of fewer than 2001 bytes is the service's placeholder: fetched again.
+    // The maps items' requests for the station view: the web maps by address and by position,
+    // the shown station's page on the chosen service, the service's login page.
+    void mapsItemsHandTheStationViewItsRequest() {
+        QVERIFY(loadShown());
+        // The browser engine is not loaded until the station view first opens.
+        QVERIFY(!StationViewLoaded());
+        QFile maps("/proc/self/maps");
+        if (maps.open(QIODevice::ReadOnly)) QVERIFY(!maps.readAll().contains("WebEngine"));
+        pressF8(*form, "G4ABC");
+        QCOMPARE(g.CurrentCall, QString("G4ABC"));
+        form->lblAdd1->setText(" 1 Long Lane ");
+        form->lblAdd2->setText("London");
+        form->lblCtry->setText("England");
+        g.OtherLat = 51.5072;
+        g.OtherLon = -0.1276;
+        const QString qrz = server.url("/qrz");
+        struct Case {
+            int item;
+            QString request;
+        };
+        const Case cases[] = {
+            {1, "https://www.google.com/maps/place/1+Long+Lane,London,England/@51.5072,-0.1276,19z/data=!3m1!1e3*G4ABC"},
+            {2, "https://www.google.com/maps/place/51.5072,-0.1276/@51.5072,-0.1276,19z/data=!3m1!1e3*G4ABC"},
+            {3, qrz + "/db/G4ABC*G4ABC"},
+            {Form1::kMenuLogIn, qrz + "/login*QRZ"},
+            {0, ""},
+            {4, ""},
+        };
+        for (const Case& c : cases) QCOMPARE(form->mapsRequest(c.item), c.request);
+        for (const auto& [lat, lon] : {std::pair{89.0, 89.0}, std::pair{0.0, 0.0}}) {
+            g.OtherLat = lat;
+            g.OtherLon = lon;
+            QCOMPARE(form->mapsRequest(1), QString());
+            QCOMPARE(form->mapsRequest(2), QString());
+        }
+        // The login item names the chosen service.
+        QCOMPARE(QString(g.Texts.MenuLogIn).replace("***", g.ServiceName), QString("Inloggen bij QRZ"));  // Dutch here
+    }
+
     void placeholderPicturesAreFetchedAgain() {
         QVERIFY(loadShown());
         const QString cache = data + "/images/qrzImages/G4ABC.jpg";

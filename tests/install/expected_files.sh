@@ -6,6 +6,7 @@ px_icon_sizes="16 22 24 32 48 64 128 256"
 px_expected_files() {
     {
         echo bin/pxcallsigns
+        if [ -n "${PX_EXPECT_STATIONVIEW:-}" ]; then echo lib/pxcallsigns/pxstationview.so; fi
         echo "share/applications/$px_app_id.desktop"
         echo "share/metainfo/$px_app_id.metainfo.xml"
         echo "share/icons/hicolor/scalable/apps/$px_app_id.svg"
