@@ -4,8 +4,8 @@ namespace {
 
 constexpr const char* kValueOptions[] = {"--data", "--service", "--call",  "--name",  "--add1", "--add2",
                                          "--ctry", "--lat",     "--lon",   "--class", "--year",
-                                         "--size", "--pdf", "--quality"};
-constexpr const char* kFlags[] = {"--json", "--miles", "--help", "--version"};
+                                         "--size", "--pdf", "--quality", "--map", "--own", "--station"};
+constexpr const char* kFlags[] = {"--json", "--miles", "--km", "--help", "--version"};
 
 // Qt's options for the window (QGuiApplication, QApplication and the X11 plugin), without their
 // leading dash; the first group takes the next argument as its value.

@@ -6,6 +6,13 @@
 
 namespace {
 
+// The files hold UTF-8 text, older ones Latin-1: a name that is no valid UTF-8 is read as Latin-1.
+QString text(const char* bytes) {
+    const QByteArray raw(bytes);
+    const QString utf8 = QString::fromUtf8(raw);
+    return utf8.contains(QChar::ReplacementCharacter) ? QString::fromLatin1(raw) : utf8;
+}
+
 struct ShpCloser {
     SHPHandle h;
     ~ShpCloser() {
@@ -57,7 +64,7 @@ std::vector<GeoShape> ReadShapes(const QString& path, const GeoWindow& window, c
                 if (ring.size() >= 2 && window.meets(x0, y0, x1, y1)) shape.parts.push_back(std::move(ring));
             }
             for (int f : fieldIndex)
-                shape.fields << (f >= 0 ? QString::fromUtf8(DBFReadStringAttribute(dbf.h, i, f)) : QString());
+                shape.fields << (f >= 0 ? text(DBFReadStringAttribute(dbf.h, i, f)) : QString());
             if (!shape.parts.empty()) shapes.push_back(std::move(shape));
         }
         SHPDestroyObject(o);
@@ -85,7 +92,7 @@ std::vector<Place> ReadPlaces(const QString& path, const GeoWindow& window) {
         p.lat = DBFReadDoubleAttribute(dbf.h, i, latField);
         p.lon = DBFReadDoubleAttribute(dbf.h, i, lonField);
         if (!window.meets(p.lon, p.lat, p.lon, p.lat)) continue;
-        p.name = QString::fromUtf8(DBFReadStringAttribute(dbf.h, i, nameField));
+        p.name = text(DBFReadStringAttribute(dbf.h, i, nameField));
         p.scalerank = DBFReadIntegerAttribute(dbf.h, i, rankField);
         p.population = DBFReadDoubleAttribute(dbf.h, i, popField);
         places.push_back(p);
