@@ -25,6 +25,7 @@ class QTimer;
 class QUrl;
 class ucLookUp;
 
+class Form9;
 class Form1 : public QWidget {
     Q_OBJECT
 
@@ -59,6 +60,10 @@ public:
     void MnuPopupImageClick(int item);
     // at: where the right button went down, on the screen.
     void ShowPictureMenu(QPoint at);
+    // Maps items: 0 the map of the station on show, 4 the region maps (the others belong to the
+    // station view and are not offered yet).
+    void MnuMapsClick(int item);
+    void MnuMapLocCallClick();
     // The help text: with the desktop's viewer, else in a window of the program.
     void ShowHelp();
     // How a file is handed to the desktop's viewer (false: it could not be); tests replace it.
@@ -148,6 +153,7 @@ private:
     bool unloading_ = false;
     QSystemTrayIcon* tray_ = nullptr;
     PopupMenu* menu_ = nullptr;
+    Form9* form9_ = nullptr;
     BusyPointer busy_;
 
     // Window placement and the strip's layout.

@@ -2,6 +2,7 @@
 
 #include "app/nicknames.h"
 #include "db/form26.h"
+#include "maps/form9.h"
 #include "setup/form2.h"
 #include "ui/popupmenu.h"
 #include "ui/unimsgbox.h"
@@ -25,6 +26,10 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
     }
     if (watched == Image1 && mouse->button() == Qt::RightButton) {
         ShowPictureMenu(mouse->globalPosition().toPoint());
+        return true;
+    }
+    if (watched == lblMaps) {
+        showMenu(lblMaps, {{0, MapsMenuCaptions[0]}, {4, MapsMenuCaptions[4]}}, &Form1::MnuMapsClick);
         return true;
     }
     if (watched == lblSetup) {
@@ -80,4 +85,28 @@ void Form1::MnuSetupClick(int item) {
     }
     if (item == 2) ShowHelp();
     if (item == 3) Unload();
+}
+
+void Form1::MnuMapsClick(int item) {
+    tmrMenus->stop();
+    if (menu_) menu_->close();
+    const auto message = [this](const QString& text) {
+        ShowUniMsgBox(this, text, msgbox::kNoIcon, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+    };
+    if (item == 0) MnuMapLocCallClick();
+    if (item == 4) ShowRegionMaps(form9_, g_, lstMap, g_.CurrentCall, this, message);
+    if (form9_) {
+        // The map window closes this window's pop-up menu once a mouse button goes down.
+        form9_->closePopupMenu = [this] {
+            if (menu_) menu_->close();
+        };
+        connect(form9_, &Form9::closed, this, [this] { activateWindow(); }, Qt::UniqueConnection);
+    }
+}
+
+void Form1::MnuMapLocCallClick() {
+    if (g_.OtherLat == 0 && g_.OtherLon == 0) return;  // nothing looked up yet
+    ShowMap(form9_, g_, lstMap, g_.CurrentCall, this, [this](const QString& text) {
+        ShowUniMsgBox(this, text, msgbox::kNoIcon, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+    });
 }

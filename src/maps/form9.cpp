@@ -129,6 +129,7 @@ void Form9::PlotMap(const QString& call) {
     SetTopMost(this, true);
     show();
     raise();
+    tmrMenus->start();
 }
 
 // The picture scrolled so that both stations are in view where they fit, else the called one.
@@ -203,15 +204,33 @@ void Form9::closeEvent(QCloseEvent* event) {
     QWidget::closeEvent(event);
 }
 
+namespace {
+void refreshAt(Form9*& window, ModuleValues& g, const QStringList& lstMap, int index, const QString& call,
+               QWidget* parent) {
+    if (!window) {
+        window = new Form9(g, lstMap, parent);
+        QObject::connect(window, &QObject::destroyed, [&window] { window = nullptr; });
+    }
+    window->setMapIndex(index);
+    window->RefreshMap(call);
+}
+}  // namespace
+
+void ShowRegionMaps(Form9*& window, ModuleValues& g, const QStringList& lstMap, const QString& call, QWidget* parent,
+                    const std::function<void(const QString&)>& showMessage) {
+    int index = window ? window->MapIndex() : FindMapEntry(lstMap, QStringLiteral("World Map"));
+    if (index < 0 || index >= lstMap.size()) index = lstMap.isEmpty() ? -1 : 0;
+    if (index < 0) {
+        showMessage(MissingMapMessage(QStringLiteral("World Map")));
+        return;
+    }
+    refreshAt(window, g, lstMap, index, call, parent);
+}
+
 void ShowMap(Form9*& window, ModuleValues& g, const QStringList& lstMap, const QString& call, QWidget* parent,
              const std::function<void(const QString&)>& showMessage) {
     const MapSelection selection = SelectMap(lstMap, ChooseMap(g.OtherLat, g.OtherLon));
     for (const QString& message : selection.messages) showMessage(message);
     if (selection.index < 0) return;
-    if (!window) {
-        window = new Form9(g, lstMap, parent);
-        QObject::connect(window, &QObject::destroyed, [&window] { window = nullptr; });
-    }
-    window->setMapIndex(selection.index);
-    window->RefreshMap(call);
+    refreshAt(window, g, lstMap, selection.index, call, parent);
 }

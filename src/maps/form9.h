@@ -20,6 +20,11 @@ class Form9;
 void ShowMap(Form9*& window, ModuleValues& g, const QStringList& lstMap, const QString& call, QWidget* parent,
              const std::function<void(const QString&)>& showMessage);
 
+// The map window on the map it shows, else on the world map, else on the first catalogued one;
+// the world map's message when the catalogue is empty.
+void ShowRegionMaps(Form9*& window, ModuleValues& g, const QStringList& lstMap, const QString& call, QWidget* parent,
+                    const std::function<void(const QString&)>& showMessage);
+
 class Form9 : public QWidget {
     Q_OBJECT
 public:
