@@ -121,6 +121,7 @@ void Form9::PlotMap(const QString& call) {
     placed.moveCenter(area.center());
     move(placed.topLeft());
     placeInFrame();
+    menuColumn_->activate();  // the labels' places, before the highlight goes behind one
     if (mapIndex_ < lblMaps.size()) {
         imgMap->setGeometry(lblMaps[mapIndex_]->geometry());
         imgMap->show();

@@ -168,6 +168,12 @@ private slots:
         QCOMPARE(window->lblMaps[0]->text(), QStringLiteral("  My Map.png  "));
         QCOMPARE(window->lblMaps[1]->text(), QStringLiteral("  N-Nederland  "));
         QVERIFY(messages.isEmpty());
+        // The window fits the monitor and the called station is in the frame's view.
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QVERIFY(window->screen()->availableGeometry().contains(window->geometry()));
+        const QPoint called = window->picInner->pos() + QPoint(267, 269);
+        QVERIFY(QRect(QPoint(0, 0), window->picOuter->size()).contains(called));
+        if (!qEnvironmentVariableIsEmpty("PX_MAP_SHOT")) window->grab().save(qEnvironmentVariable("PX_MAP_SHOT"));
 
         // A map that is none of the nine: shown, neither station projected.
         window->lblMaps_Click(0);
