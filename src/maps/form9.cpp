@@ -15,6 +15,7 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QScreen>
+#include <QScrollArea>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -31,8 +32,13 @@ Form9::Form9(ModuleValues& g, const QStringList& lstMap, QWidget* parent)
     setWindowTitle(QStringLiteral("Norvane"));
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(4, 4, 4, 4);
-    auto* menu = new QWidget(this);
-    menu->setFixedWidth(kMenuWidth);
+    // The map menu scrolls, so that a folder of many maps still leaves the window on the monitor.
+    auto* menuScroll = new QScrollArea(this);
+    menuScroll->setFixedWidth(kMenuWidth);
+    menuScroll->setFrameShape(QFrame::NoFrame);
+    menuScroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    menuScroll->setWidgetResizable(true);
+    auto* menu = new QWidget(menuScroll);
     menuColumn_ = new QVBoxLayout(menu);
     menuColumn_->setContentsMargins(0, 0, 0, 0);
     menuColumn_->setSpacing(2);
@@ -40,7 +46,8 @@ Form9::Form9(ModuleValues& g, const QStringList& lstMap, QWidget* parent)
     imgMap->setObjectName(QStringLiteral("imgMap"));
     imgMap->setStyleSheet(QStringLiteral("background: rgb(40, 90, 160);"));
     imgMap->hide();
-    row->addWidget(menu, 0, Qt::AlignTop);
+    menuScroll->setWidget(menu);
+    row->addWidget(menuScroll);
     picOuter = new QWidget(this);
     picOuter->setObjectName(QStringLiteral("picOuter"));
     row->addWidget(picOuter, 1);

@@ -199,6 +199,31 @@ private slots:
         QTRY_VERIFY(window == nullptr);
     }
 
+    void aThousandMapsStillFitTheMonitor() {
+        QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir("Maps"));
+        QVERIFY(QFile::copy(PX_DEFAULT_DATA "/Maps/World Map.jpg", dir.path() + "/Maps/World Map.jpg"));
+        QStringList lstMap;
+        for (int i = 0; i < 1000; ++i) lstMap << QStringLiteral("Region %1 Map.jpg").arg(i);
+        lstMap << "World Map.jpg";
+        ModuleValues g;
+        g.DataPath = dir.path();
+        g.MyLat = 52.1, g.MyLon = 5.1, g.OtherLat = -60, g.OtherLon = 0;
+        Form9* window = nullptr;
+        QStringList messages;
+        ShowMap(window, g, lstMap, "CE9ABC", nullptr, [&](const QString& m) { messages << m; });
+        QVERIFY(window && messages.isEmpty());
+        window->showMessage = [&](const QString& m) { messages << m; };
+        QCOMPARE(window->MapIndex(), 1000);
+        QCOMPARE(window->lblMaps.size(), 1001);
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QVERIFY(window->screen()->availableGeometry().contains(window->geometry()));
+        // Picking a listed map whose file is missing says so and keeps the window.
+        window->lblMaps_Click(3);
+        QCOMPARE(messages, QStringList{"Region 3 Map.jpg is not a picture"});
+        delete window;
+    }
+
     void mapPlotWritesTheWindowsDrawing() {
         QTemporaryDir dir;
         QVERIFY(QDir(dir.path()).mkdir("Maps"));
