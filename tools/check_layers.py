@@ -28,12 +28,14 @@ ALLOWED = {
     "px_common": {QT_CORE},
     "px_geo": {QT_CORE, "px_common"},
     "px_calldb": {QT_CORE, "px_common"},
+    "px_maps": {QT_CORE, "px_common", "px_geo"},
     "px_lookup": {QT_CORE, "Qt6::Network", "PkgConfig::GUMBO", "px_common"},
     "px_system": {QT_CORE, "psapi", "shell32"},
     "px_platform": {QT_CORE, "px_system", "X11::X11", "X11::Xtst", "ALSA::ALSA", "user32"},
     "px_appcore": {QT_CORE, "px_common", "px_geo", "px_calldb", "px_lookup", "px_system"},
     "px_pictures": {QT_CORE, "Qt6::Gui", "px_common"},
-    "px_cli": {QT_CORE, "px_common", "px_geo", "px_calldb", "px_lookup", "px_appcore", "px_system", "px_pictures"},
+    "px_cli": {QT_CORE, "px_common", "px_geo", "px_calldb", "px_maps", "px_lookup", "px_appcore", "px_system",
+               "px_pictures"},
     "px_windows": {"*"},
 }
 
@@ -46,7 +48,7 @@ GUI_THROUGH = "px_pictures"
 # Targets that must stay window-free; those absent from a build (the fuzz targets outside the
 # sanitizer build, the windows in it) are skipped, but the core suites must be there.
 WINDOW_FREE_REQUIRED = ["core_tests", "lookup_tests", "network_tests"]
-WINDOW_FREE_PATTERN = re.compile(r"^(fuzz_.*|px_(common|geo|calldb|lookup|system|appcore|cli|pictures))$")
+WINDOW_FREE_PATTERN = re.compile(r"^(fuzz_.*|px_(common|geo|calldb|maps|lookup|system|appcore|cli|pictures))$")
 
 # Build edges that are no link: the moc and rcc tools of AUTOMOC/AUTORCC.
 NOT_LINKS = {"Qt6::moc", "Qt6::rcc", "Qt6::uic"}

@@ -12,7 +12,8 @@ build="$top/build"
 
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-base-dev-tools libgl-dev libgtest-dev libgmock-dev
           libbenchmark-dev libsqlite3-dev libgumbo-dev libx11-dev libxtst-dev xvfb xauth fonts-dejavu-core
-          python3 qt6-webengine-dev libasound2-dev clang libclang-rt-14-dev openbox xdotool librsvg2-bin)
+          python3 qt6-webengine-dev libasound2-dev clang libclang-rt-14-dev openbox xdotool librsvg2-bin
+          libshp-dev libmagics++-data)
 # The user-session test also puts text on the clipboard and reads window states and pixels.
 [ "$mode" = test ] && packages+=(xclip x11-utils x11-apps)
 # The print test renders the PDF pages it prints.

@@ -29,6 +29,7 @@ class ucLookUp;
 class CookieFile;
 class StationView;
 
+class Form9;
 class Form1 : public QWidget {
     Q_OBJECT
 
@@ -63,8 +64,9 @@ public:
     void MnuPopupImageClick(int item);
     // at: where the right button went down, on the screen.
     void ShowPictureMenu(QPoint at);
-    // Maps items: 1 web map by address, 2 by position, 3 the station view of the shown station's
-    // page on the chosen service, kMenuLogIn the chosen service's login page in the station view.
+    // Maps items: 0 the region map of the station on show, 1 web map by address, 2 by position,
+    // 3 the station view of the shown station's page on the chosen service, 4 the region maps,
+    // kMenuLogIn the chosen service's login page in the station view.
     void MnuMapsClick(int item);
     static constexpr int kMenuLogIn = 100;
     // The station view's request for a maps item; empty when the item opens none.
@@ -79,6 +81,10 @@ public:
     StationView* stationView() const { return stView_ ? stViewHandle_ : nullptr; }
     // The cookies that the lookups and the station view share.
     CookieFile* cookies() const { return cookies_; }
+    // Item 0: the region map of the station on show; item 4 the region maps as they were.
+    void MnuMapLocCallClick();
+    void showRegionMaps();
+    void watchMapWindow();
     // The help text: with the desktop's viewer, else in a window of the program.
     void ShowHelp();
     // How a file is handed to the desktop's viewer (false: it could not be); tests replace it.
@@ -171,6 +177,7 @@ private:
     CookieFile* cookies_ = nullptr;
     QPointer<QWidget> stView_;
     StationView* stViewHandle_ = nullptr;
+    Form9* form9_ = nullptr;
     BusyPointer busy_;
 
     // Window placement and the strip's layout.

@@ -130,18 +130,20 @@ void Form1::layOutControls() {
     bottom->addWidget(txtCall);
     bottom->addWidget(cmdUpdate, 1);
     bottom->addWidget(cboDB);
-    bottom->addWidget(lblMaps);
-    bottom->addWidget(lblSetup);
+    // The two menu labels one above the other, so that the row keeps its width.
+    auto* menus = new QVBoxLayout;
+    menus->setSpacing(0);
+    menus->addWidget(lblMaps);
+    menus->addWidget(lblSetup);
+    bottom->addLayout(menus);
     root->addLayout(bottom);
     lblMaps->setText(QStringLiteral("\u25A6"));   // a map grid sign
     lblSetup->setText(QStringLiteral("\u2699"));  // a gear
     for (QLabel* menuLabel : {lblMaps, lblSetup}) {
         menuLabel->setAlignment(Qt::AlignCenter);
-        menuLabel->setFixedSize(18, 18);
+        menuLabel->setFixedSize(18, 17);
     }
     lblMaps->setToolTip(QStringLiteral("Maps"));
-    // Hidden while the strip has no room for it at the window's fixed width.
-    lblMaps->hide();
     lblSetup->setToolTip(QStringLiteral("Setup"));
     pic1->setGeometry(rect());
 }

@@ -6,6 +6,7 @@
 #include "pictures/stationviewapi.h"
 #include "pictures/stationviewrules.h"
 #include "db/form26.h"
+#include "maps/form9.h"
 #include "setup/form2.h"
 #include "ui/popupmenu.h"
 #include "ui/unimsgbox.h"
@@ -96,7 +97,33 @@ void Form1::MnuSetupClick(int item) {
 void Form1::MnuMapsClick(int item) {
     tmrMenus->stop();
     if (menu_) menu_->close();
+    if (item == 0) MnuMapLocCallClick();
+    if (item == 4) showRegionMaps();
     if (const QString request = mapsRequest(item); !request.isEmpty()) openStationView(request);
+}
+
+void Form1::showRegionMaps() {
+    ShowRegionMaps(form9_, g_, lstMap, g_.CurrentCall, this, [this](const QString& text) {
+        ShowUniMsgBox(this, text, msgbox::kNoIcon, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+    });
+    watchMapWindow();
+}
+
+void Form1::watchMapWindow() {
+    if (!form9_) return;
+    // The map window closes this window's pop-up menu once a mouse button goes down.
+    form9_->closePopupMenu = [this] {
+        if (menu_) menu_->close();
+    };
+    connect(form9_, &Form9::closed, this, [this] { activateWindow(); }, Qt::UniqueConnection);
+}
+
+void Form1::MnuMapLocCallClick() {
+    if (g_.OtherLat == 0 && g_.OtherLon == 0) return;  // nothing looked up yet
+    ShowMap(form9_, g_, lstMap, g_.CurrentCall, this, [this](const QString& text) {
+        ShowUniMsgBox(this, text, msgbox::kNoIcon, QStringLiteral("PX Callsigns"), QStringLiteral("OK"));
+    });
+    watchMapWindow();
 }
 
 QString Form1::mapsRequest(int item) const {

@@ -2,6 +2,7 @@
 
 #include "cli/cliargs.h"
 #include "cli/clipictures.h"
+#include "cli/climaps.h"
 #include "common/vbtext.h"
 #include "app/datafolder.h"
 #include "app/lookuphosts.h"
@@ -65,6 +66,13 @@ constexpr const char* kUsage =
     "  pictaro paste IMAGE          the picture onto the clipboard and F7 to the window titled\n"
     "                               Pictaro, as the picture menu does (exit 1: no such window;\n"
     "                               the picture stays on the clipboard)\n"
+    "  map choose LAT LON           the region map of a position\n"
+    "  map position NAME LAT LON [--json]\n"
+    "                               the pixel x and y of a position on the map NAME (\"Europe\n"
+    "                               Map\"); exit 1 for another name or a position off its range\n"
+    "  map plot --map NAME --own LAT LON --station LAT LON --call CALL [--km|--miles] OUT.png\n"
+    "                               the map picture with both stations as the map window draws\n"
+    "                               them\n"
     "  print IMAGE --pdf OUT.pdf [--size N]\n"
     "                               the picture N centimetres wide (2 to 18, default 10) on an A4\n"
     "                               page of a PDF file, as the print window prints it\n"
@@ -470,7 +478,8 @@ int RunCli(const QStringList& args) {
     struct Command { const char* name; int (*run)(const CliArgs&); };
     static constexpr Command kCommands[] = {{"db", runDb},         {"grid", runGrid},   {"distance", runDistance},
                                             {"decode", runDecode}, {"parse", runParse}, {"lookup", runLookup},
-                                            {"clean-call", runCleanCall}, {"picture", RunPictureCommand}};
+                                            {"clean-call", runCleanCall}, {"picture", RunPictureCommand},
+                                            {"map", RunMapCommand}};
     int status = -1;
     if (!p.error.isEmpty()) {
         status = usageError(p.error);

@@ -4,8 +4,8 @@ namespace {
 
 constexpr const char* kValueOptions[] = {"--data", "--service", "--call",  "--name",  "--add1", "--add2",
                                          "--ctry", "--lat",     "--lon",   "--class", "--year",
-                                         "--size", "--pdf", "--quality", "--capture"};
-constexpr const char* kFlags[] = {"--json", "--miles", "--help", "--version", "--timings"};
+                                         "--size", "--pdf", "--quality", "--capture", "--map", "--own", "--station"};
+constexpr const char* kFlags[] = {"--json", "--miles", "--km", "--help", "--version", "--timings"};
 
 // Qt's options for the window (QGuiApplication, QApplication and the X11 plugin), without their
 // leading dash; the first group takes the next argument as its value.

@@ -4,6 +4,13 @@
 #include "cli/stationviewcommand.h"
 #include "pictures/printpicture.h"
 #include "pictures/savejpg.h"
+#include "app/datafolder.h"
+#include "app/startup.h"
+#include "common/vbtext.h"
+#include "maps/mapdrawing.h"
+#include "maps/mappicture.h"
+#include "maps/mapselection.h"
+#include "maps/stationplot.h"
 
 #include <QLoggingCategory>
 #include <QTextStream>
@@ -42,11 +49,78 @@ int runPrint(const CliArgs& p) {
     return 1;
 }
 
+// The arguments as given: map plot's --own and --station take two numbers each.
+QStringList g_rawArgs;
+
+// The two numbers after option in the raw arguments; false when they are not there.
+bool numberPair(const QString& option, double& lat, double& lon) {
+    const qsizetype at = g_rawArgs.indexOf(option);
+    if (at < 0 || at + 2 >= g_rawArgs.size()) return false;
+    const std::optional<double> a = vb::parseNumber(g_rawArgs[at + 1]), b = vb::parseNumber(g_rawArgs[at + 2]);
+    if (!a || !b) return false;
+    lat = *a;
+    lon = *b;
+    return true;
+}
+
+// map plot --map NAME --own LAT LON --station LAT LON --call CALL [--km|--miles] OUT.png: the
+// whole map picture with both stations, drawn as the map window draws them.
+int runMapPlot(const CliArgs& p) {
+    if (p.positional.value(1) != QLatin1String("plot")) return usageError(QStringLiteral("unknown map command"));
+    const QStringList allowed{"--map", "--own", "--station", "--call", "--km", "--miles", "--data"};
+    for (const QString& option : p.options())
+        if (!allowed.contains(option)) return usageError(QStringLiteral("map plot does not take ") + option);
+    double myLat = 0, myLon = 0, lat = 0, lon = 0;
+    if (!numberPair(QStringLiteral("--own"), myLat, myLon)) return usageError(QStringLiteral("map plot needs --own LAT LON"));
+    if (!numberPair(QStringLiteral("--station"), lat, lon))
+        return usageError(QStringLiteral("map plot needs --station LAT LON"));
+    if (!p.values.contains(QStringLiteral("--map")) || !p.values.contains(QStringLiteral("--call")))
+        return usageError(QStringLiteral("map plot needs --map NAME and --call CALL"));
+    // The operands left: the command, the second numbers of the two pairs, the output file.
+    if (p.positional.size() != 5) return usageError(QStringLiteral("map plot needs one output file"));
+    const QString out = p.positional.last();
+    QString dataPath = p.values.value(QStringLiteral("--data"));
+    if (dataPath.isEmpty()) {
+        if (const Status seeded = SeedUserDataFolder(); !seeded) {
+            err() << "pxcallsigns: " << seeded.message() << "\n";
+            return 1;
+        }
+        dataPath = UserDataFolder();
+    }
+    const QString name = p.values.value(QStringLiteral("--map"));
+    const QStringList catalogue = MapCatalogue(dataPath);
+    const int index = FindMapEntry(catalogue, name);
+    if (index < 0) {
+        err() << "pxcallsigns: " << MissingMapMessage(name).replace(QStringLiteral("\r\n"), QStringLiteral("\n")) << "\n";
+        return 1;
+    }
+    const int unit = p.flags.contains(QStringLiteral("--miles")) ? 1 : 0;
+    const StationPlot plot = PlanStations(MapEntryName(catalogue[index]), myLat, myLon, lat, lon,
+                                          p.values.value(QStringLiteral("--call")), unit);
+    if (!plot.error.isEmpty()) err() << "pxcallsigns: " << plot.error << "\n";
+    const Result<QImage> map = ReadMapPicture(dataPath + QStringLiteral("/Maps/") + catalogue[index]);
+    if (!map) {
+        err() << "pxcallsigns: " << map.message() << "\n";
+        return 1;
+    }
+    if (!PlotMapPicture(*map, plot).save(out, "PNG")) {
+        err() << "pxcallsigns: cannot write " << out << "\n";
+        return 1;
+    }
+    return plot.error.isEmpty() ? 0 : 1;
+}
+
 struct WindowCommand {
     const char* name;
+    const char* verb;  // the second word, or nullptr
     int (*run)(const CliArgs&);
 };
-constexpr WindowCommand kWindowCommands[] = {{"print", runPrint}, {"station-view", RunStationViewCommand}};
+constexpr WindowCommand kWindowCommands[] = {
+    {"print", nullptr, runPrint}, {"station-view", nullptr, RunStationViewCommand}, {"map", "plot", runMapPlot}};
+
+bool matches(const WindowCommand& c, const CliArgs& p) {
+    return p.positional.value(0) == QLatin1String(c.name) && (!c.verb || p.positional.value(1) == QLatin1String(c.verb));
+}
 
 }  // namespace
 
@@ -55,7 +129,7 @@ bool IsWindowCommand(const QStringList& args) {
     if (!p.error.isEmpty() || p.flags.contains(QStringLiteral("--help")) || p.flags.contains(QStringLiteral("--version")))
         return false;
     for (const WindowCommand& c : kWindowCommands)
-        if (p.positional.value(0) == QLatin1String(c.name)) return true;
+        if (matches(c, p)) return true;
     return false;
 }
 
@@ -64,7 +138,8 @@ int RunWindowCommand(const QStringList& args) {
     // painter need not say it too.
     QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio.warning=false\ndefault.warning=false\nqt.webenginecontext.info=false"));
     const CliArgs p = ParseCliArgs(args.mid(1));
+    g_rawArgs = args.mid(1);
     for (const WindowCommand& c : kWindowCommands)
-        if (p.positional.value(0) == QLatin1String(c.name)) return c.run(p);
+        if (matches(c, p)) return c.run(p);
     return usageError(QStringLiteral("unknown command ") + p.positional.value(0));
 }

@@ -121,6 +121,39 @@ TEST(CliTest, DistanceAndGrid) {
     }
 }
 
+TEST(CliTest, MapChooseAndPosition) {
+    struct Case {
+        QStringList args;
+        int status;
+        QString out;
+        QString errStart;
+    };
+    for (const Case& c : {
+             Case{{"map", "choose", "53", "5"}, 0, "N-Nederland Map\n", ""},
+             Case{{"map", "choose", "53", "3.817"}, 0, "Europe Map\n", ""},
+             Case{{"map", "choose", "-40", "179.5"}, 0, "World Map\n", ""},
+             Case{{"map", "position", "World Map", "-12.3", "20"}, 0, "1474 819\n", ""},
+             Case{{"map", "position", "World Map", "40", "-175", "--json"}, 0, "{\"map\":\"World Map\",\"x\":2631,\"y\":360}\n", ""},
+             Case{{"map", "position", "North America Map", "40", "-115.5"}, 0, "278 423\n", ""},
+             Case{{"map", "position", "My Map", "40", "5"}, 1, "", "pxcallsigns: not one of the nine maps: My Map"},
+             Case{{"map", "position", "UK Map", "-300", "0"}, 1, "", "pxcallsigns: overflow: "},
+             Case{{"map", "position", "World Map", "90", "0"}, 1, "", "pxcallsigns: the world map has no row"},
+             Case{{"map", "position", "World Map", "x", "0"}, 2, "", "pxcallsigns: not a number: x"},
+             Case{{"map", "choose", "53"}, 2, "", "pxcallsigns: map choose needs LAT LON"},
+             Case{{"map", "choose", "53", "5", "--json"}, 2, "", "pxcallsigns: map choose does not take --json"},
+             Case{{"map", "draw"}, 2, "", "pxcallsigns: unknown map command draw"},
+             Case{{"map"}, 2, "", "pxcallsigns: map needs a command"},
+         }) {
+        const CliRun r = cli(c.args);
+        EXPECT_EQ(r.status, c.status) << c.args.join(' ').toStdString();
+        EXPECT_EQ(r.out, c.out) << c.args.join(' ').toStdString();
+        if (c.errStart.isEmpty())
+            EXPECT_EQ(r.err, "") << c.args.join(' ').toStdString();
+        else
+            EXPECT_TRUE(r.err.startsWith(c.errStart)) << r.err.toStdString();
+    }
+}
+
 TEST(CliTest, HelpVersionAndUsageErrors) {
     EXPECT_TRUE(cli({"--help"}).out.contains("db find CALL [--json]"));
     EXPECT_TRUE(cli({"--version"}).out.startsWith("pxcallsigns "));

@@ -463,7 +463,17 @@ private slots:
         form->show();
         QVERIFY(QTest::qWaitForWindowExposed(form.get()));
         QVERIFY(settle());
-        QVERIFY(form->lblMaps->isHidden());  // none of its windows exists yet
+        QVERIFY(!form->lblMaps->isHidden());
+        QCursor::setPos(form->lblMaps->mapToGlobal(QPoint(3, 3)));
+        QTest::mouseClick(form->lblMaps, Qt::LeftButton, {}, QPoint(3, 3));
+        QVERIFY(form->openMenu());
+        QStringList mapItems;
+        for (const MenuItem& item : form->openMenu()->items()) mapItems << item.caption;
+        QCOMPARE(mapItems, (QStringList{g.Texts.MenuMapOfStation, g.Texts.MenuWebMapAddress, g.Texts.MenuWebMapPosition,
+                                        g.Texts.MenuStationView, g.Texts.MenuRegionMaps,
+                                        QString(g.Texts.MenuLogIn).replace("***", g.ServiceName)}));
+        form->openMenu()->close();
+        QTRY_VERIFY(!form->openMenu());
         QCursor::setPos(form->lblSetup->mapToGlobal(QPoint(3, 3)));
         QTest::mouseClick(form->lblSetup, Qt::LeftButton, {}, QPoint(3, 3));
         QVERIFY(form->openMenu());
