@@ -25,11 +25,28 @@ bool makeLayout(const QString& folder) {
     return ok;
 }
 
+// The shipped map pictures that the folder's Maps lacks, by name. A map is shipped with the
+// program, not made by the user: a data folder from an older release gets the maps of this one,
+// and a map file the user already has, shipped or his own, is never touched.
+bool addMissingMaps(const QString& defaultFolder, const QString& folder) {
+    bool ok = true;
+    const QDir shipped(defaultFolder + QStringLiteral("/Maps"));
+    for (const QString& name : shipped.entryList(QDir::Files)) {
+        const QString to = folder + QStringLiteral("/Maps/") + name;
+        if (QFileInfo::exists(to)) continue;
+        ok = QFile::copy(shipped.filePath(name), to) && ok;
+        if (ok) QFile(to).setPermissions(QFile(to).permissions() | QFile::WriteOwner);
+    }
+    return ok;
+}
+
 }  // namespace
 
 Status SeedDataFolder(const QString& defaultFolder, const QString& dataPath) {
     if (QFileInfo(dataPath).isDir())
-        return makeLayout(dataPath) ? Status::Ok() : Status::Failed(QStringLiteral("Cannot complete the data folder ") + dataPath);
+        return makeLayout(dataPath) && (defaultFolder.isEmpty() || addMissingMaps(defaultFolder, dataPath))
+                   ? Status::Ok()
+                   : Status::Failed(QStringLiteral("Cannot complete the data folder ") + dataPath);
     if (QFileInfo::exists(dataPath) || defaultFolder.isEmpty()) return Status::Ok();
     // Copy into a fresh folder beside the target and rename it into place, so that an
     // interrupted first run leaves no half-filled data folder behind.

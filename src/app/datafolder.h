@@ -20,7 +20,8 @@ QString DefaultDataFolder(const QString& applicationDir);
 inline constexpr const char* kDataFolderLayout[] = {"Maps", "images/qrzImages", "Languages"};
 
 // When dataPath does not exist yet, copies the default folder there. The files of a data folder
-// that exists are never touched; folders of the layout that it lacks are made. Fails with the
+// that exists are never touched; folders of the layout that it lacks are made, and shipped map
+// pictures its Maps lacks are added. Fails with the
 // message to show when the copy failed.
 Status SeedDataFolder(const QString& defaultFolder, const QString& dataPath);
 

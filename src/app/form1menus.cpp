@@ -115,7 +115,9 @@ void Form1::watchMapWindow() {
     form9_->closePopupMenu = [this] {
         if (menu_) menu_->close();
     };
-    connect(form9_, &Form9::closed, this, [this] { activateWindow(); }, Qt::UniqueConnection);
+    // Once per map window (the same window is shown again for the next map).
+    disconnect(form9_, &Form9::closed, this, nullptr);
+    connect(form9_, &Form9::closed, this, [this] { activateWindow(); });
 }
 
 void Form1::MnuMapLocCallClick() {

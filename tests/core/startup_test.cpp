@@ -199,6 +199,18 @@ TEST(DataFolderTest, SeedsAMissingFolderAndNeverOverwrites) {
     EXPECT_EQ(readFile(target + "/nicknames.txt"), "mine");
     EXPECT_FALSE(QFileInfo::exists(target + "/Languages/Norvane_English.Language")) << "an existing folder's files are left alone";
     EXPECT_TRUE(QFileInfo(target + "/images/qrzImages").isDir()) << "a folder of the layout it lacks is made";
+
+    // A later release ships maps: the ones the folder lacks are added, the user's stay as they are.
+    QDir(defaults.path()).mkpath("Maps");
+    writeFile(defaults.path() + "/Maps/World Map.jpg", "shipped world");
+    writeFile(defaults.path() + "/Maps/Europe Map.jpg", "shipped europe");
+    writeFile(target + "/Maps/Europe Map.jpg", "my europe");
+    writeFile(target + "/Maps/Home Map.jpg", "my home");
+    ASSERT_TRUE(SeedDataFolder(defaults.path(), target));
+    EXPECT_EQ(readFile(target + "/Maps/World Map.jpg"), "shipped world");
+    EXPECT_EQ(readFile(target + "/Maps/Europe Map.jpg"), "my europe");
+    EXPECT_EQ(readFile(target + "/Maps/Home Map.jpg"), "my home");
+    EXPECT_EQ(QDir(target + "/Maps").entryList(QDir::Files).size(), 3);
 }
 
 }  // namespace
