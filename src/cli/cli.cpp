@@ -1,4 +1,5 @@
 #include "cli/cli.h"
+#include "cli/clioutput.h"
 
 #include "cli/cliargs.h"
 #include "cli/clipictures.h"
@@ -110,26 +111,11 @@ constexpr FieldOption kFieldOptions[] = {
     {"--year", CallField::YearBorn, "YearBorn"},
 };
 
-QTextStream& out() {
-    static QTextStream s(stdout);
-    return s;
-}
-QTextStream& err() {
-    static QTextStream s(stderr);
-    return s;
-}
-
-int usageError(const QString& message) {
-    err() << "pxcallsigns: " << message << "\n" << "Try 'pxcallsigns --help'.\n";
-    err().flush();
-    return 2;
-}
-
 // Refuses an option that the command does not take; false after the message.
 bool takesOnly(const CliArgs& p, const QString& command, const QStringList& allowed) {
     for (const QString& option : p.options()) {
         if (allowed.contains(option)) continue;
-        usageError(command + QStringLiteral(" does not take ") + option);
+        CliUsageError(command + QStringLiteral(" does not take ") + option);
         return false;
     }
     return true;
@@ -141,13 +127,13 @@ bool takesOnly(const CliArgs& p, const QString& command, const QStringList& allo
 std::optional<CallDatabase> openDatabase(const CliArgs& p, int* status) {
     const QString folder = p.values.value(QStringLiteral("--data"), UserDataFolder());
     if (p.values.contains(QStringLiteral("--data")) && !QFileInfo(folder).isDir()) {
-        *status = usageError(QStringLiteral("no such folder: ") + folder);
+        *status = CliUsageError(QStringLiteral("no such folder: ") + folder);
         return std::nullopt;
     }
     const Status seeded = p.values.contains(QStringLiteral("--data")) ? Status::Ok() : SeedUserDataFolder();
     if (!seeded) {
-        err() << "pxcallsigns: " << seeded.message() << "\n";
-        err().flush();
+        CliErr() << "pxcallsigns: " << seeded.message() << "\n";
+        CliErr().flush();
         *status = 1;
         return std::nullopt;
     }
@@ -169,9 +155,9 @@ int runDb(const CliArgs& p) {
     const bool listing = verb == QLatin1String("count") || verb == QLatin1String("list");
     const bool oneCall = verb == QLatin1String("find") || verb == QLatin1String("delete");
     if (!listing && !oneCall && verb != QLatin1String("add"))
-        return usageError(verb.isEmpty() ? QStringLiteral("db needs a command") : QStringLiteral("unknown db command ") + verb);
-    if (oneCall && p.positional.size() != 3) return usageError(command + QStringLiteral(" needs one call sign"));
-    if (!oneCall && p.positional.size() > 2) return usageError(QStringLiteral("unexpected argument ") + p.positional[2]);
+        return CliUsageError(verb.isEmpty() ? QStringLiteral("db needs a command") : QStringLiteral("unknown db command ") + verb);
+    if (oneCall && p.positional.size() != 3) return CliUsageError(command + QStringLiteral(" needs one call sign"));
+    if (!oneCall && p.positional.size() > 2) return CliUsageError(QStringLiteral("unexpected argument ") + p.positional[2]);
     QStringList allowed{QStringLiteral("--data")};
     if (verb == QLatin1String("find")) allowed << QStringLiteral("--json");
     if (verb == QLatin1String("add"))
@@ -183,13 +169,13 @@ int runDb(const CliArgs& p) {
     CallDatabase& db = *opened;
 
     if (verb == QLatin1String("count")) {
-        out() << db.CountRecords() << "\n";
+        CliOut() << db.CountRecords() << "\n";
         return 0;
     }
     if (verb == QLatin1String("list")) {
         QStringList calls;
         db.FillCallList(calls);
-        for (const QString& call : calls) out() << call << "\n";
+        for (const QString& call : calls) CliOut() << call << "\n";
         return 0;
     }
     if (verb == QLatin1String("find")) {
@@ -201,43 +187,43 @@ int runDb(const CliArgs& p) {
             if (n > 0)
                 for (const FieldOption& f : kFieldOptions)
                     o.insert(QLatin1String(f.jsonKey), vb::trim(db.CurrentRecord.field(f.field)));
-            out() << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
+            CliOut() << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
         } else if (n > 0) {
-            out() << "record " << n << "\n";
+            CliOut() << "record " << n << "\n";
             for (const FieldOption& f : kFieldOptions)
-                out() << f.jsonKey << ": " << vb::trim(db.CurrentRecord.field(f.field)) << "\n";
+                CliOut() << f.jsonKey << ": " << vb::trim(db.CurrentRecord.field(f.field)) << "\n";
         } else {
-            err() << p.positional[2] << ": not found\n";
+            CliErr() << p.positional[2] << ": not found\n";
         }
         return n > 0 ? 0 : 1;
     }
     if (verb == QLatin1String("add")) {
-        if (!p.values.contains(QStringLiteral("--call"))) return usageError(QStringLiteral("db add needs --call"));
+        if (!p.values.contains(QStringLiteral("--call"))) return CliUsageError(QStringLiteral("db add needs --call"));
         QString given = p.values.value(QStringLiteral("--call"));
         const QString call = CleanCall(given);
-        if (call.isEmpty()) return usageError(QStringLiteral("no usable call sign: ") + p.values.value(QStringLiteral("--call")));
+        if (call.isEmpty()) return CliUsageError(QStringLiteral("no usable call sign: ") + p.values.value(QStringLiteral("--call")));
         for (const auto& [option, limit] : {std::pair{"--lat", 90.0}, {"--lon", 180.0}})
-            if (const QString error = positionError(p, option, limit); !error.isEmpty()) return usageError(error);
+            if (const QString error = positionError(p, option, limit); !error.isEmpty()) return CliUsageError(error);
         if (!db.exists()) db.FindCallRecord(call);  // creates the empty file
         const auto value = [&](const char* option) { return p.values.value(QLatin1String(option)); };
         const StoreOutcome stored = StoreRecord(db, {call, value("--name"), value("--add1"), value("--add2"), value("--ctry"),
                                                      value("--lat"), value("--lon"), value("--class"), value("--year")});
         if (!stored.written) {
-            err() << "pxcallsigns: " << stored.written.message() << "\n";
+            CliErr() << "pxcallsigns: " << stored.written.message() << "\n";
             return 1;
         }
-        out() << (stored.appended ? "added " : "updated ") << call << "\n";
+        CliOut() << (stored.appended ? "added " : "updated ") << call << "\n";
         return 0;
     }
     // delete: every record of the call, found by reading them all as the delete itself does.
     QStringList calls;
     db.FillCallList(calls);
     if (!calls.contains(vb::trim(p.positional[2]))) {
-        err() << p.positional[2] << ": not found\n";
+        CliErr() << p.positional[2] << ": not found\n";
         return 1;
     }
     if (const Status deleted = db.DeleteCallRecord(p.positional[2]); !deleted) {
-        err() << "pxcallsigns: " << deleted.message() << "\n";
+        CliErr() << "pxcallsigns: " << deleted.message() << "\n";
         return 1;
     }
     return 0;
@@ -251,7 +237,7 @@ std::optional<std::array<double, N>> numbers(const CliArgs& p) {
         const QString& text = p.positional[qsizetype(i) + 1];
         const std::optional<double> number = vb::parseNumber(text);
         if (!number) {
-            usageError(QStringLiteral("not a number: ") + text);
+            CliUsageError(QStringLiteral("not a number: ") + text);
             return std::nullopt;
         }
         v[i] = *number;
@@ -261,7 +247,7 @@ std::optional<std::array<double, N>> numbers(const CliArgs& p) {
 
 int runDistance(const CliArgs& p) {
     if (!takesOnly(p, QStringLiteral("distance"), {QStringLiteral("--miles"), QStringLiteral("--json")})) return 2;
-    if (p.positional.size() != 5) return usageError(QStringLiteral("distance needs LAT1 LON1 LAT2 LON2"));
+    if (p.positional.size() != 5) return CliUsageError(QStringLiteral("distance needs LAT1 LON1 LAT2 LON2"));
     const auto v = numbers<4>(p);
     if (!v) return 2;
     const bool miles = p.flags.contains(QStringLiteral("--miles"));
@@ -270,31 +256,31 @@ int runDistance(const CliArgs& p) {
     const QString unit = miles ? QStringLiteral("mi") : QStringLiteral("km");
     if (p.flags.contains(QStringLiteral("--json"))) {
         QJsonObject o{{"distance", distance}, {"azimuth", azimuth}, {"unit", unit}};
-        out() << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
+        CliOut() << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
     } else {
-        out() << distance << " " << unit << " " << azimuth << "\u00b0\n";
+        CliOut() << distance << " " << unit << " " << azimuth << "\u00b0\n";
     }
     return 0;
 }
 
 int runGrid(const CliArgs& p) {
     if (!takesOnly(p, QStringLiteral("grid"), {})) return 2;
-    if (p.positional.size() != 3) return usageError(QStringLiteral("grid needs LAT LON"));
+    if (p.positional.size() != 3) return CliUsageError(QStringLiteral("grid needs LAT LON"));
     const auto v = numbers<2>(p);
     if (!v) return 2;
     const QString grid = GridSquare((*v)[0], (*v)[1]);
     if (grid.isEmpty()) {
-        err() << "pxcallsigns: no grid square beyond 90 degrees of latitude\n";
+        CliErr() << "pxcallsigns: no grid square beyond 90 degrees of latitude\n";
         return 1;
     }
-    out() << grid << "\n";
+    CliOut() << grid << "\n";
     return 0;
 }
 
 bool readPage(const QString& path, QString& text) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        err() << "pxcallsigns: cannot read " << path << ": " << file.errorString() << "\n";
+        CliErr() << "pxcallsigns: cannot read " << path << ": " << file.errorString() << "\n";
         return false;
     }
     text = lookup::pageToText(file.readAll());
@@ -303,10 +289,10 @@ bool readPage(const QString& path, QString& text) {
 
 int runDecode(const CliArgs& p) {
     if (!takesOnly(p, QStringLiteral("decode"), {})) return 2;
-    if (p.positional.size() != 2) return usageError(QStringLiteral("decode needs one file"));
+    if (p.positional.size() != 2) return CliUsageError(QStringLiteral("decode needs one file"));
     QString text;
     if (!readPage(p.positional[1], text)) return 1;
-    if (!text.isEmpty()) out() << text << "\r\n";
+    if (!text.isEmpty()) CliOut() << text << "\r\n";
     return 0;
 }
 
@@ -321,18 +307,18 @@ int serviceOption(const CliArgs& p) {
     bool ok = false;
     const int service = p.values.value(QStringLiteral("--service")).toInt(&ok);
     if (ok && ServiceByNumber(service)) return service;
-    usageError(QStringLiteral("--service takes 1 to 5"));
+    CliUsageError(QStringLiteral("--service takes 1 to 5"));
     return 0;
 }
 
 int runParse(const CliArgs& p) {
     if (!takesOnly(p, QStringLiteral("parse"), {QStringLiteral("--service"), QStringLiteral("--call"), QStringLiteral("--json")}))
         return 2;
-    if (!p.values.contains(QStringLiteral("--service"))) return usageError(QStringLiteral("parse needs --service N"));
+    if (!p.values.contains(QStringLiteral("--service"))) return CliUsageError(QStringLiteral("parse needs --service N"));
     const int service = serviceOption(p);
     if (service == 0) return 2;
-    if (!p.values.contains(QStringLiteral("--call"))) return usageError(QStringLiteral("parse needs --call CALL"));
-    if (p.positional.size() != 2) return usageError(QStringLiteral("parse needs one file"));
+    if (!p.values.contains(QStringLiteral("--call"))) return CliUsageError(QStringLiteral("parse needs --call CALL"));
+    if (p.positional.size() != 2) return CliUsageError(QStringLiteral("parse needs one file"));
     const QString call = p.values.value(QStringLiteral("--call"));
 
     lookup::CallbookFields fields;
@@ -360,22 +346,22 @@ int runParse(const CliArgs& p) {
         QStringList members;
         for (const auto& [key, value] : values) members.append(jsonText(QLatin1String(key)) + u':' + jsonText(value));
         members.append(QStringLiteral("\"events\":") + jsonText(QJsonArray::fromStringList(events)));
-        out() << "{" << members.join(u',') << "}\n";
+        CliOut() << "{" << members.join(u',') << "}\n";
     } else {
         for (const auto& [key, value] : values)
-            out() << key << ": " << (value.isString() ? value.toString() : jsonText(value)) << "\n";
-        out() << "events: " << events.join(QStringLiteral(", ")) << "\n";
+            CliOut() << key << ": " << (value.isString() ? value.toString() : jsonText(value)) << "\n";
+        CliOut() << "events: " << events.join(QStringLiteral(", ")) << "\n";
     }
     return 0;
 }
 
 int runCleanCall(const CliArgs& p) {
     if (!takesOnly(p, QStringLiteral("clean-call"), {})) return 2;
-    if (p.positional.size() != 2) return usageError(QStringLiteral("clean-call needs one text"));
+    if (p.positional.size() != 2) return CliUsageError(QStringLiteral("clean-call needs one text"));
     QString call = p.positional[1];
     const QString cleaned = CleanCall(call);
     if (cleaned.isEmpty()) return 1;
-    out() << cleaned << "\n";
+    CliOut() << cleaned << "\n";
     return 0;
 }
 
@@ -392,25 +378,25 @@ void printStation(const Shown& shown, bool json) {
         o.insert(QStringLiteral("source"), shown.source);
         o.insert(QStringLiteral("events"), QJsonArray::fromStringList(shown.events));
         for (const auto& [key, value] : shown.fields) o.insert(QLatin1String(key), value);
-        out() << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
+        CliOut() << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
         return;
     }
-    out() << "source: " << shown.source << "\n";
-    for (const auto& [key, value] : shown.fields) out() << key << ": " << value << "\n";
+    CliOut() << "source: " << shown.source << "\n";
+    for (const auto& [key, value] : shown.fields) CliOut() << key << ": " << value << "\n";
 }
 
 int runLookup(const CliArgs& p) {
     if (!takesOnly(p, QStringLiteral("lookup"), {QStringLiteral("--data"), QStringLiteral("--service"), QStringLiteral("--json")}))
         return 2;
-    if (p.positional.size() != 2) return usageError(QStringLiteral("lookup needs one call sign"));
+    if (p.positional.size() != 2) return CliUsageError(QStringLiteral("lookup needs one call sign"));
     QString given = p.positional[1];
     const QString call = CleanCall(given);
-    if (call.isEmpty()) return usageError(QStringLiteral("no usable call sign: ") + p.positional[1]);
+    if (call.isEmpty()) return CliUsageError(QStringLiteral("no usable call sign: ") + p.positional[1]);
     int service = settings::GetInt16Setting(settings::kServiceIndex, 1) + 1;
     if (p.values.contains(QStringLiteral("--service"))) {
         if ((service = serviceOption(p)) == 0) return 2;
     } else if (!ServiceByNumber(service)) {
-        return usageError(QStringLiteral("the settings choose no service (DataBase/Index %1); give --service").arg(service - 1));
+        return CliUsageError(QStringLiteral("the settings choose no service (DataBase/Index %1); give --service").arg(service - 1));
     }
     int status = 0;
     std::optional<CallDatabase> opened = openDatabase(p, &status);
@@ -442,19 +428,19 @@ int runLookup(const CliArgs& p) {
     loop.exec();
     const QString serviceName = QLatin1String(ServiceByNumber(service)->name);
     if (!arrived) {
-        err() << "pxcallsigns: " << serviceName << " could not be reached\n";
+        CliErr() << "pxcallsigns: " << serviceName << " could not be reached\n";
         return 3;
     }
     const QString dataPath = QFileInfo(db.filePath()).absolutePath();
     StationService stations(control, dataPath);
     const TakenPage taken = stations.Take(call);
     if (!taken.station) {
-        err() << call << ": " << (taken.refusal == lookup::FieldEvent::LoginRequired ? "login required on " : "not found on ")
+        CliErr() << call << ": " << (taken.refusal == lookup::FieldEvent::LoginRequired ? "login required on " : "not found on ")
               << serviceName << "\n";
         return 1;
     }
     if (!taken.stored.written) {
-        err() << "pxcallsigns: " << taken.stored.written.message() << "\n";
+        CliErr() << "pxcallsigns: " << taken.stored.written.message() << "\n";
         return 1;
     }
     // The station's picture into the cache, as the windows keep it; none is no failure.
@@ -482,21 +468,21 @@ int RunCli(const QStringList& args) {
                                             {"map", RunMapCommand}};
     int status = -1;
     if (!p.error.isEmpty()) {
-        status = usageError(p.error);
+        status = CliUsageError(p.error);
     } else if (p.flags.contains(QStringLiteral("--help"))) {
-        out() << kUsage;
+        CliOut() << kUsage;
         status = 0;
     } else if (p.flags.contains(QStringLiteral("--version"))) {
-        out() << "pxcallsigns " << PX_VERSION << "\n";
+        CliOut() << "pxcallsigns " << PX_VERSION << "\n";
         status = 0;
     } else {
         for (const Command& c : kCommands)
             if (p.positional.value(0) == QLatin1String(c.name)) status = c.run(p);
         if (status < 0)
-            status = usageError(p.positional.isEmpty() ? QStringLiteral("no command given")
+            status = CliUsageError(p.positional.isEmpty() ? QStringLiteral("no command given")
                                                        : QStringLiteral("unknown command ") + p.positional[0]);
     }
-    out().flush();
-    err().flush();
+    CliOut().flush();
+    CliErr().flush();
     return status;
 }

@@ -1,4 +1,5 @@
 #include "cli/climaps.h"
+#include "cli/clioutput.h"
 
 #include "common/vbtext.h"
 #include "maps/choosemap.h"
@@ -11,30 +12,11 @@
 
 namespace {
 
-QTextStream& out() {
-    static QTextStream s(stdout);
-    return s;
-}
-QTextStream& err() {
-    static QTextStream s(stderr);
-    return s;
-}
-
-int usageError(const QString& message) {
-    err() << "pxcallsigns: " << message << "\nTry 'pxcallsigns --help'.\n";
-    return 2;
-}
-
-int failure(const QString& message) {
-    err() << "pxcallsigns: " << message << "\n";
-    return 1;
-}
-
 // The position from two operands starting at first; false after the message.
 bool position(const CliArgs& p, qsizetype first, double& lat, double& lon) {
     for (qsizetype i = first; i < first + 2; ++i) {
         if (!vb::parseNumber(p.positional[i])) {
-            usageError(QStringLiteral("not a number: ") + p.positional[i]);
+            CliUsageError(QStringLiteral("not a number: ") + p.positional[i]);
             return false;
         }
     }
@@ -44,34 +26,34 @@ bool position(const CliArgs& p, qsizetype first, double& lat, double& lon) {
 }
 
 int runChoose(const CliArgs& p) {
-    if (!p.options().isEmpty()) return usageError(QStringLiteral("map choose does not take ") + p.options().first());
-    if (p.positional.size() != 4) return usageError(QStringLiteral("map choose needs LAT LON"));
+    if (!p.options().isEmpty()) return CliUsageError(QStringLiteral("map choose does not take ") + p.options().first());
+    if (p.positional.size() != 4) return CliUsageError(QStringLiteral("map choose needs LAT LON"));
     double lat = 0, lon = 0;
     if (!position(p, 2, lat, lon)) return 2;
-    out() << ChooseMap(lat, lon) << "\n";
+    CliOut() << ChooseMap(lat, lon) << "\n";
     return 0;
 }
 
 int runPosition(const CliArgs& p) {
     for (const QString& option : p.options())
-        if (option != QLatin1String("--json")) return usageError(QStringLiteral("map position does not take ") + option);
-    if (p.positional.size() != 5) return usageError(QStringLiteral("map position needs NAME LAT LON"));
+        if (option != QLatin1String("--json")) return CliUsageError(QStringLiteral("map position does not take ") + option);
+    if (p.positional.size() != 5) return CliUsageError(QStringLiteral("map position needs NAME LAT LON"));
     const QString name = p.positional[2];
     double lat = 0, lon = 0;
     if (!position(p, 3, lat, lon)) return 2;
     const MapPlot plot = MapPosition(name, lat, lon);
     switch (plot.outcome) {
-        case MapPlot::Outcome::NotAMap: return failure(QStringLiteral("not one of the nine maps: ") + name);
-        case MapPlot::Outcome::Overflow: return failure(QStringLiteral("overflow: the position is too far off ") + name);
+        case MapPlot::Outcome::NotAMap: return CliFailure(QStringLiteral("not one of the nine maps: ") + name);
+        case MapPlot::Outcome::Overflow: return CliFailure(QStringLiteral("overflow: the position is too far off ") + name);
         case MapPlot::Outcome::OutOfRange:
-            return failure(QStringLiteral("the world map has no row for latitude ") + p.positional[3]);
+            return CliFailure(QStringLiteral("the world map has no row for latitude ") + p.positional[3]);
         case MapPlot::Outcome::Placed: break;
     }
     if (p.flags.contains(QStringLiteral("--json")))
-        out() << QJsonDocument(QJsonObject{{"map", name}, {"x", plot.x}, {"y", plot.y}}).toJson(QJsonDocument::Compact)
+        CliOut() << QJsonDocument(QJsonObject{{"map", name}, {"x", plot.x}, {"y", plot.y}}).toJson(QJsonDocument::Compact)
               << "\n";
     else
-        out() << plot.x << " " << plot.y << "\n";
+        CliOut() << plot.x << " " << plot.y << "\n";
     return 0;
 }
 
@@ -85,10 +67,10 @@ int RunMapCommand(const CliArgs& p) {
     else if (verb == QLatin1String("position"))
         status = runPosition(p);
     else if (verb == QLatin1String("plot"))
-        status = failure(QStringLiteral("map plot is not in this build (it has no drawing)"));
+        status = CliFailure(QStringLiteral("map plot is not in this build (it has no drawing)"));
     else
-        status = usageError(verb.isEmpty() ? QStringLiteral("map needs a command") : QStringLiteral("unknown map command ") + verb);
-    out().flush();
-    err().flush();
+        status = CliUsageError(verb.isEmpty() ? QStringLiteral("map needs a command") : QStringLiteral("unknown map command ") + verb);
+    CliOut().flush();
+    CliErr().flush();
     return status;
 }

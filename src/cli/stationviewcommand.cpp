@@ -1,4 +1,5 @@
 #include "cli/stationviewcommand.h"
+#include "cli/clioutput.h"
 
 #include "pictures/stationviewapi.h"
 #include "pictures/stationviewloader.h"
@@ -14,14 +15,9 @@
 
 namespace {
 
-QTextStream& err() {
-    static QTextStream s(stderr);
-    return s;
-}
-
 int fail(const QString& message, int status) {
-    err() << "pxcallsigns: " << message << "\n";
-    err().flush();
+    CliErr() << "pxcallsigns: " << message << "\n";
+    CliErr().flush();
     return status;
 }
 
@@ -68,8 +64,8 @@ int RunStationViewCommand(const CliArgs& p) {
     // The command line has no language file: the English text.
     setup.retryMessage = stationview::RetryMessage(QStringLiteral("PX Callsigns"),
                                                    QStringLiteral("The page could not be shown. The browser is started afresh."));
-    setup.tell = [](const QString& text) { err() << QString(text).replace(QLatin1String("\r\n"), QLatin1String("\n")) << "\n"; };
-    setup.retried = [](int attempt) { err() << "pxcallsigns: page failed, attempt " << attempt << "\n"; };
+    setup.tell = [](const QString& text) { CliErr() << QString(text).replace(QLatin1String("\r\n"), QLatin1String("\n")) << "\n"; };
+    setup.retried = [](int attempt) { CliErr() << "pxcallsigns: page failed, attempt " << attempt << "\n"; };
     setup.pageDone = [&](bool shown) {
         if (!shown) {
             status = 1;
@@ -83,7 +79,7 @@ int RunStationViewCommand(const CliArgs& p) {
             const QImage picture = view ? view->CaptureView() : QImage();
             captureMs = taking.elapsed();
             status = !picture.isNull() && picture.save(out, "PNG") ? 0 : 1;
-            if (status != 0) err() << "pxcallsigns: the picture cannot be written to " << out << "\n";
+            if (status != 0) CliErr() << "pxcallsigns: the picture cannot be written to " << out << "\n";
             QCoreApplication::exit(0);
         });
     };
@@ -91,8 +87,8 @@ int RunStationViewCommand(const CliArgs& p) {
     QPointer<QWidget> window = view->window();
     QApplication::exec();
     if (p.flags.contains(QStringLiteral("--timings")))
-        err() << "shown_ms=" << shownMs << " capture_ms=" << captureMs << "\n";
-    err().flush();
+        CliErr() << "shown_ms=" << shownMs << " capture_ms=" << captureMs << "\n";
+    CliErr().flush();
     delete window.data();
     return status;
 }

@@ -1,4 +1,5 @@
 #include "cli/windowcommands.h"
+#include "cli/clioutput.h"
 
 #include "cli/cliargs.h"
 #include "cli/stationviewcommand.h"
@@ -18,34 +19,23 @@
 
 namespace {
 
-QTextStream& err() {
-    static QTextStream s(stderr);
-    return s;
-}
-
-int usageError(const QString& message) {
-    err() << "pxcallsigns: " << message << "\nTry 'pxcallsigns --help'.\n";
-    err().flush();
-    return 2;
-}
-
 // print IMAGE --size N --pdf OUT.pdf: the picture N centimetres wide on an A4 page, as the print
 // window prints it.
 int runPrint(const CliArgs& p) {
     for (const QString& option : p.options())
         if (option != QLatin1String("--size") && option != QLatin1String("--pdf"))
-            return usageError(QStringLiteral("print does not take ") + option);
-    if (p.positional.size() != 2) return usageError(QStringLiteral("print needs one picture"));
-    if (!p.values.contains(QStringLiteral("--pdf"))) return usageError(QStringLiteral("print needs --pdf FILE"));
+            return CliUsageError(QStringLiteral("print does not take ") + option);
+    if (p.positional.size() != 2) return CliUsageError(QStringLiteral("print needs one picture"));
+    if (!p.values.contains(QStringLiteral("--pdf"))) return CliUsageError(QStringLiteral("print needs --pdf FILE"));
     bool ok = false;
     const int size = p.values.value(QStringLiteral("--size"), QString::number(kPrintWidthDefaultCm)).toInt(&ok);
     if (!ok || size < kPrintWidthMinCm || size > kPrintWidthMaxCm)
-        return usageError(QStringLiteral("--size takes %1 to %2 (centimetres)").arg(kPrintWidthMinCm).arg(kPrintWidthMaxCm));
+        return CliUsageError(QStringLiteral("--size takes %1 to %2 (centimetres)").arg(kPrintWidthMinCm).arg(kPrintWidthMaxCm));
     const Result<QImage> picture = ReadPictureFile(p.positional[1]);
     Status done = picture ? PrintPictureToPdf(p.values.value(QStringLiteral("--pdf")), *picture, size) : picture.status();
     if (done) return 0;
-    err() << "pxcallsigns: " << done.message() << "\n";
-    err().flush();
+    CliErr() << "pxcallsigns: " << done.message() << "\n";
+    CliErr().flush();
     return 1;
 }
 
@@ -66,23 +56,23 @@ bool numberPair(const QString& option, double& lat, double& lon) {
 // map plot --map NAME --own LAT LON --station LAT LON --call CALL [--km|--miles] OUT.png: the
 // whole map picture with both stations, drawn as the map window draws them.
 int runMapPlot(const CliArgs& p) {
-    if (p.positional.value(1) != QLatin1String("plot")) return usageError(QStringLiteral("unknown map command"));
+    if (p.positional.value(1) != QLatin1String("plot")) return CliUsageError(QStringLiteral("unknown map command"));
     const QStringList allowed{"--map", "--own", "--station", "--call", "--km", "--miles", "--data"};
     for (const QString& option : p.options())
-        if (!allowed.contains(option)) return usageError(QStringLiteral("map plot does not take ") + option);
+        if (!allowed.contains(option)) return CliUsageError(QStringLiteral("map plot does not take ") + option);
     double myLat = 0, myLon = 0, lat = 0, lon = 0;
-    if (!numberPair(QStringLiteral("--own"), myLat, myLon)) return usageError(QStringLiteral("map plot needs --own LAT LON"));
+    if (!numberPair(QStringLiteral("--own"), myLat, myLon)) return CliUsageError(QStringLiteral("map plot needs --own LAT LON"));
     if (!numberPair(QStringLiteral("--station"), lat, lon))
-        return usageError(QStringLiteral("map plot needs --station LAT LON"));
+        return CliUsageError(QStringLiteral("map plot needs --station LAT LON"));
     if (!p.values.contains(QStringLiteral("--map")) || !p.values.contains(QStringLiteral("--call")))
-        return usageError(QStringLiteral("map plot needs --map NAME and --call CALL"));
+        return CliUsageError(QStringLiteral("map plot needs --map NAME and --call CALL"));
     // The operands left: the command, the second numbers of the two pairs, the output file.
-    if (p.positional.size() != 5) return usageError(QStringLiteral("map plot needs one output file"));
+    if (p.positional.size() != 5) return CliUsageError(QStringLiteral("map plot needs one output file"));
     const QString out = p.positional.last();
     QString dataPath = p.values.value(QStringLiteral("--data"));
     if (dataPath.isEmpty()) {
         if (const Status seeded = SeedUserDataFolder(); !seeded) {
-            err() << "pxcallsigns: " << seeded.message() << "\n";
+            CliErr() << "pxcallsigns: " << seeded.message() << "\n";
             return 1;
         }
         dataPath = UserDataFolder();
@@ -91,20 +81,20 @@ int runMapPlot(const CliArgs& p) {
     const QStringList catalogue = MapCatalogue(dataPath);
     const int index = FindMapEntry(catalogue, name);
     if (index < 0) {
-        err() << "pxcallsigns: " << MissingMapMessage(name).replace(QStringLiteral("\r\n"), QStringLiteral("\n")) << "\n";
+        CliErr() << "pxcallsigns: " << MissingMapMessage(name).replace(QStringLiteral("\r\n"), QStringLiteral("\n")) << "\n";
         return 1;
     }
     const int unit = p.flags.contains(QStringLiteral("--miles")) ? 1 : 0;
     const StationPlot plot = PlanStations(MapEntryName(catalogue[index]), myLat, myLon, lat, lon,
                                           p.values.value(QStringLiteral("--call")), unit);
-    if (!plot.error.isEmpty()) err() << "pxcallsigns: " << plot.error << "\n";
+    if (!plot.error.isEmpty()) CliErr() << "pxcallsigns: " << plot.error << "\n";
     const Result<QImage> map = ReadMapPicture(dataPath + QStringLiteral("/Maps/") + catalogue[index]);
     if (!map) {
-        err() << "pxcallsigns: " << map.message() << "\n";
+        CliErr() << "pxcallsigns: " << map.message() << "\n";
         return 1;
     }
     if (!PlotMapPicture(*map, plot).save(out, "PNG")) {
-        err() << "pxcallsigns: cannot write " << out << "\n";
+        CliErr() << "pxcallsigns: cannot write " << out << "\n";
         return 1;
     }
     return plot.error.isEmpty() ? 0 : 1;
@@ -141,5 +131,5 @@ int RunWindowCommand(const QStringList& args) {
     g_rawArgs = args.mid(1);
     for (const WindowCommand& c : kWindowCommands)
         if (matches(c, p)) return c.run(p);
-    return usageError(QStringLiteral("unknown command ") + p.positional.value(0));
+    return CliUsageError(QStringLiteral("unknown command ") + p.positional.value(0));
 }
