@@ -3,10 +3,10 @@
 #include "app/settings.h"
 #include "pictures/niceslider.h"
 #include "pictures/printpicture.h"
+#include "ui/filedialog.h"
 #include "ui/language.h"
 #include "ui/unimsgbox.h"
 
-#include <QFileDialog>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -111,8 +111,10 @@ void Form21::cmdPrint_Click() {
 
 void Form21::cmdPdf_Click() {
     const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
-    const QString file = QFileDialog::getSaveFileName(this, texts_.PrintPdf, desktop + QStringLiteral("/PX Callsigns.pdf"),
-                                                      QStringLiteral("PDF (*.pdf)"));
+    const QString filter = AddFilterItem(QString(), QStringLiteral("PDF files (*.pdf)"), QStringLiteral("*.pdf"));
+    int flags = ofn::kOverwritePrompt | ofn::kPathMustExist;
+    const QString file = ShowFileDialog(&flags, desktop, filter, 1, QStringLiteral("pdf"), QStringLiteral("PX Callsigns.pdf"),
+                                        texts_.PrintPdf, this, false);
     if (file.isEmpty()) return;  // cancelled
     if (const Status printed = PrintPictureToPdf(file, picture_, printWidthCm()); !printed) fail(printed.message());
 }
