@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Runs every benchmark of a build and prints one table: figure, value, peer or floor, ratio, goal.
 
-    python3 bench/run_all.py BUILD_DIR [--only calldb,decode,mainwindow,editor,startup] [--json FILE]
+    python3 bench/run_all.py BUILD_DIR [--only calldb,decode,mainwindow,editor,stationview,startup] [--json FILE]
 
 The Google Benchmark programs (build/bench/*_bench) run with JSON output; the start-up
 benchmark (bench/startup_bench.py) needs an X server and runs under `xvfb-run -a` when DISPLAY
-is not set. The editor benchmark is included when it is built. A program that fails is reported
+is not set; the station-view benchmark runs on a private X server with a window manager
+(tools/with-wm.sh). The editor and station-view benchmarks are included when they are built. A program that fails is reported
 in the table and makes the exit status 1; a goal that is missed is marked "MISSED" but is no
 failure of the run (the figures are what this is for).
 """
@@ -26,12 +27,13 @@ def log(text):
     print(text, file=sys.stderr, flush=True)
 
 
-def run_google_benchmark(program, extra=()):
-    """Runs one Google Benchmark program; name -> real time per iteration in ms (the median of
-    repetitions where the benchmark repeats). None when the program failed."""
+def run_google_benchmark(program, extra=(), wrapper=()):
+    """Runs one Google Benchmark program (after wrapper, a command that runs it); name -> real
+    time per iteration in ms (the median of repetitions where the benchmark repeats). None when
+    the program failed."""
     with tempfile.TemporaryDirectory() as tmp:
         out = os.path.join(tmp, "out.json")
-        cmd = [program, "--benchmark_out=" + out, "--benchmark_out_format=json", *extra]
+        cmd = [*wrapper, program, "--benchmark_out=" + out, "--benchmark_out_format=json", *extra]
         log("running " + " ".join(cmd))
         done = subprocess.run(cmd, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
         if done.returncode != 0 or not os.path.exists(out):
@@ -146,6 +148,15 @@ def editor_rows(table, r):
                                          "%dk" % (int(m.group(2)) // 1000)), ms_text(r[name]), "-", "-", "-", None)
 
 
+def stationview_rows(table, r):
+    for name, label in (("BM_OpenToPageShown_First", "station view menu to page shown, first"),
+                        ("BM_OpenToPageShown_Again", "station view menu to page shown, again")):
+        table.add(label, ms_text(find(r, name)), "-", "-", "-", None)
+    capture, grab = find(r, "BM_CaptureView"), find(r, "BM_PlainWidgetGrab")
+    table.add("station view capture 800x600", ms_text(capture), "plain widget grab " + ms_text(grab),
+              "-", "-", None)
+
+
 def startup_rows(table, build):
     cmd = [sys.executable, os.path.join(HERE, "startup_bench.py"), build]
     if not os.environ.get("DISPLAY"):
@@ -171,8 +182,8 @@ def startup_rows(table, build):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("build", help="the build folder, e.g. build")
-    parser.add_argument("--only", default="calldb,decode,mainwindow,editor,startup",
-                        help="comma-separated subset of calldb,decode,mainwindow,editor,startup")
+    parser.add_argument("--only", default="calldb,decode,mainwindow,editor,stationview,startup",
+                        help="comma-separated subset of calldb,decode,mainwindow,editor,stationview,startup")
     parser.add_argument("--json", help="also write the raw figures (ms) to this file")
     args = parser.parse_args()
     build = os.path.abspath(args.build)
@@ -180,16 +191,18 @@ def main():
     table, raw = Table(), {}
 
     programs = (("calldb", "calldb_bench", calldb_rows), ("decode", "decode_bench", decode_rows),
-                ("mainwindow", "mainwindow_bench", mainwindow_rows), ("editor", "editor_bench", editor_rows))
+                ("mainwindow", "mainwindow_bench", mainwindow_rows), ("editor", "editor_bench", editor_rows),
+                ("stationview", "stationview_bench", stationview_rows))
+    with_wm = [os.path.join(HERE, "..", "tools", "with-wm.sh")]
     for key, program, rows in programs:
         if key not in only:
             continue
         path = os.path.join(build, "bench", program)
         if not os.path.exists(path):
-            if key != "editor":
+            if key not in ("editor", "stationview"):
                 table.failed.append(program + " (not built)")
             continue
-        results = run_google_benchmark(path)
+        results = run_google_benchmark(path, wrapper=with_wm if key == "stationview" else ())
         if results is None:
             table.failed.append(program)
             continue

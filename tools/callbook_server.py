@@ -12,6 +12,7 @@ Serves the fixture pages on 127.0.0.1 so that tests and the demo need no interne
   /updates/                                  the update page
   /qrz/login                                 the QRZ login form (GET) and its answer (POST)
   /blocks                                    four coloured blocks filling the window (captures)
+  /webmaps/maps/place/PLACE/@LAT,LON,...     the web map's place page: the place and position
   /redirect/REST                             301 to /REST (as sites that moved answer)
   /delay/MS/REST                             /REST, answered MS milliseconds late
 
@@ -36,6 +37,7 @@ Prints the port it listens on as the first line of its output. Ends by itself af
 --lifetime seconds.
 """
 import argparse
+import html
 import json
 import os
 import random
@@ -75,6 +77,19 @@ div { position: absolute; width: 50%; height: 50%; }
 <div style="left:0;top:0;background:#ff0000"></div><div style="right:0;top:0;background:#00ff00"></div>
 <div style="left:0;bottom:0;background:#0000ff"></div><div style="right:0;bottom:0;background:#ffff00"></div>
 </body></html>"""
+
+def place_page(path):
+    """The web map's place page: what the link asked for, written out, on a map-coloured page."""
+    rest = urllib.parse.unquote_plus(path[len("/webmaps/maps/place/"):])
+    place, _, view = rest.partition("/@")
+    position = ", ".join(view.split(",")[:2])
+    rows = "".join("<p>%s</p>" % html.escape(part) for part in place.split(","))
+    return ("""<html><head><title>Web map stand-in</title><style>
+body { margin: 0; height: 100vh; background: #cfe8c4; font-family: sans-serif; }
+div { position: absolute; left: 40px; top: 40px; padding: 4px 16px; background: #ffffff; }
+</style></head><body><div><h2>Web map stand-in</h2>%s<p>Shown at %s</p></div></body></html>"""
+            % (rows, html.escape(position))).encode()
+
 
 LOGIN_USER, LOGIN_PASSWORD = "TEST1", "secret"
 
@@ -208,6 +223,8 @@ class Handler(BaseHTTPRequestHandler):
             return self.send(404, b"<html><body>Not Found</body></html>")
         if path == "/blocks":
             return self.send(200, BLOCKS)
+        if path.startswith("/webmaps/maps/place/"):
+            return self.send(200, place_page(path))
         if path == "/qrz/login":
             return self.send(200, LOGIN_FORM)
         if path in ("/updates", "/updates/"):

@@ -106,6 +106,7 @@ Callook=$url/callook
 HamCall=$url/hamcall
 Pictures=$url/pictures
 Updates=$url/updates
+WebMaps=$url/webmaps
 CONF
 # Keep the user's other demo settings (unit, service, position); the hosts follow the new port.
 if [ -f "$XDG_CONFIG_HOME/PX Callsigns.conf" ]; then

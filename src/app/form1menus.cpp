@@ -1,5 +1,6 @@
 #include "app/form1.h"
 
+#include "app/lookuphosts.h"
 #include "app/nicknames.h"
 #include "lookup/cookiefile.h"
 #include "lookup/uclookup.h"
@@ -129,7 +130,7 @@ void Form1::MnuMapLocCallClick() {
 }
 
 QString Form1::mapsRequest(int item) const {
-    const QString host = QStringLiteral("https://www.google.com");
+    const QString host = WebMapHost();
     if (item == 1 || item == 2) {
         const QString link = item == 1 ? stationview::WebMapByAddress(host, lblAdd1->text(), lblAdd2->text(),
                                                                       lblCtry->text(), g_.OtherLat, g_.OtherLon)

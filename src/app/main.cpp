@@ -60,10 +60,6 @@ int main(int argc, char* argv[]) {
         return 1;
     }
 
-    // The browser engine of the station view, loaded later from its plugin, draws through the
-    // contexts Qt shares from the start: hosted by the main window without them, it crashes as soon
-    // as a view is made. This costs start-up time and memory (the graphics libraries load at start).
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("PX Callsigns"));
     // The desktop entry and the icon that an installed program puts in the icon theme.

@@ -42,6 +42,7 @@ StationView* OpenStationView(QWidget* owner, const LanguageTexts& texts, const Q
     setup.copy = actions.copy ? actions.copy : [](const QImage& picture) {
         if (QClipboard* clipboard = QGuiApplication::clipboard()) clipboard->setImage(picture);
     };
+    setup.pageDone = actions.pageDone;
     QPointer<QWidget> guard(owner);
     setup.tell = [guard](const QString& text) {
         ShowUniMsgBox(guard, text, msgbox::kIconExclamation, QStringLiteral("Norvane"), QStringLiteral("Ok"));

@@ -12,11 +12,13 @@ class StationView;
 struct LanguageTexts;
 
 // What the station view's paste and save do with the captured picture (the program's own picture
-// procedures); copy leaves it on the clipboard unless given.
+// procedures); copy leaves it on the clipboard unless given. pageDone, when given, hears that the
+// page is shown (true) or failed for good after the retries (false).
 struct StationViewActions {
     std::function<void(const QImage&)> paste;
     std::function<void(const QImage&)> save;
     std::function<void(const QImage&)> copy;
+    std::function<void(bool)> pageDone;
 };
 
 // Opens the station view on request ("address*call"), on the monitor under the pointer, placed

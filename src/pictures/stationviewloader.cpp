@@ -7,10 +7,24 @@
 #include <QPluginLoader>
 #include <QStringList>
 
+#include <cstring>
+
 namespace {
 
 QPluginLoader* g_loader = nullptr;
 StationViewFactory* g_factory = nullptr;
+QtMessageHandler g_nextHandler = nullptr;
+
+// The browser engine, loaded late on purpose, warns that it should have been set up before the
+// application (the plugin does that set-up itself), and lists its graphics set-up when its first
+// view is made. Neither says anything to whoever reads the program's log; all else passes on.
+void DropEngineSetUpNotes(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    const bool setUpNote = (type == QtWarningMsg && (text.startsWith(QLatin1String("Qt WebEngine seems to be initialized")) ||
+                                                     text.startsWith(QLatin1String("Attribute Qt::AA_ShareOpenGLContexts")))) ||
+                           (type == QtInfoMsg && context.category && std::strcmp(context.category, "qt.webenginecontext") == 0);
+    if (setUpNote) return;
+    if (g_nextHandler) g_nextHandler(type, context, text);
+}
 
 QStringList Candidates() {
     const QString name = QStringLiteral("pxstationview");
@@ -26,6 +40,7 @@ QStringList Candidates() {
 StationViewFactory* LoadStationView(QString* why) {
     if (g_factory) return g_factory;
     QString reasons;
+    if (!g_nextHandler) g_nextHandler = qInstallMessageHandler(DropEngineSetUpNotes);
     for (const QString& path : Candidates()) {
         auto* loader = new QPluginLoader(path);
         if (QObject* instance = loader->instance()) {

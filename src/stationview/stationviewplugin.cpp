@@ -4,24 +4,30 @@
 
 #include "stationview/frmstview.h"
 
-#include <QCoreApplication>
+#include <QOpenGLContext>
 #include <QtGlobal>
 #include <unistd.h>
+
+// The engine's own set-up of the graphics context that its views share with Qt. It runs by
+// itself only when the engine is linked into the program, before the application exists. Loaded
+// later from this plugin, it must be called before the first view: without it the engine reads a
+// shared context that is not there, and crashes. Exported by the engine's library, but not
+// declared in its public headers.
+namespace QtWebEngineCore {
+Q_DECL_IMPORT void initialize();
+}
 
 namespace {
 
 // The engine reads its switches once, when the first profile is made. Its sandbox cannot start
 // for root (the tests run as root under Xvfb).
-void SetEngineSwitches() {
-    static bool done = false;
-    if (done) return;
-    done = true;
+void SetUpEngine() {
+    QtWebEngineCore::initialize();
     if (!qEnvironmentVariableIsEmpty("QTWEBENGINE_CHROMIUM_FLAGS")) return;
     QByteArray flags = "--disable-background-networking";
-    // Without contexts shared from the start (the program does not share them: that alone would
-    // load the graphics libraries at every start), the engine draws in software.
-    bool software = qgetenv("QT_QPA_PLATFORM") == "offscreen" ||
-                    !QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts);
+    // Without a shared context (no OpenGL on this display, or none offscreen) it draws in software.
+    const QOpenGLContext* shared = QOpenGLContext::globalShareContext();
+    bool software = qgetenv("QT_QPA_PLATFORM") == "offscreen" || !shared || !shared->isValid();
 #ifndef _WIN32
     if (geteuid() == 0) {
         flags += " --no-sandbox";
@@ -32,12 +38,11 @@ void SetEngineSwitches() {
 #endif
     if (software) flags += " --disable-gpu";
     qputenv("QTWEBENGINE_CHROMIUM_FLAGS", flags);
-    if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES")) qputenv("QT_LOGGING_RULES", "qt.webenginecontext.info=false");
 }
 
 }  // namespace
 
-StationView* StationViewPlugin::create(const StationViewSetup& setup) {
-    SetEngineSwitches();
-    return new frmStView(setup);
-}
+// Made once, when the program loads the plugin: the engine is set up before any view.
+StationViewPlugin::StationViewPlugin() { SetUpEngine(); }
+
+StationView* StationViewPlugin::create(const StationViewSetup& setup) { return new frmStView(setup); }

@@ -11,5 +11,6 @@ class StationViewPlugin : public QObject, public StationViewFactory {
     Q_INTERFACES(StationViewFactory)
 
 public:
+    StationViewPlugin();
     StationView* create(const StationViewSetup& setup) override;
 };

@@ -99,7 +99,7 @@ class Session:
             f.write("".join(line + "\r\n" for line in lines))
         open(os.path.join(pictaro, "Pictaro.exe"), "w").close()
         hosts = {"eHam": "eham", "QRZ": "qrz", "QRZCQ": "qrzcq", "Callook": "callook", "HamCall": "hamcall",
-                 "Pictures": "pictures", "Updates": "updates"}
+                 "Pictures": "pictures", "Updates": "updates", "WebMaps": "webmaps"}
         with open(os.path.join(config_home, "PX Callsigns.conf"), "w") as f:
             f.write("[Pictaro]\nInstall=%s/\n\n[DataBase]\nIndex=4\n\n[Hosts]\n" % pictaro)
             for key, path in hosts.items():
@@ -121,7 +121,38 @@ class Session:
         return subprocess.run(args, env=self.env, input=data, capture_output=True, timeout=30).stdout.decode(errors="replace")
 
     def start_program(self):
-        return self.spawn([os.path.join(self.build, "pxcallsigns")], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        log = os.path.join(self.tmp, "stderr-%d.log" % len(self.procs))
+        with open(log, "wb") as err:
+            program = self.spawn([os.path.join(self.build, "pxcallsigns")], stdout=subprocess.DEVNULL, stderr=err)
+        program.log = log
+        return program
+
+    def geometry(self, window):
+        """Left, top, width, height of a window's inside; None when it is gone."""
+        out = self.x(["xdotool", "getwindowgeometry", "--shell", window])
+        values = dict(line.split("=", 1) for line in out.split() if "=" in line)
+        if not all(k in values for k in ("X", "Y", "WIDTH", "HEIGHT")):
+            return None
+        return tuple(int(values[k]) for k in ("X", "Y", "WIDTH", "HEIGHT"))
+
+    def other_window(self, min_height):
+        """The geometry of a shown window of the program other than the main window."""
+        for w in self.x(["xdotool", "search", "--onlyvisible", "--classname", "pxcallsigns"]).split():
+            place = self.geometry(w) if w != self.window else None
+            if place and place[3] >= min_height:
+                return place
+        return None
+
+    def station_view_showing(self, colour):
+        """The station view's window once a page of that colour at its lower right is drawn in it."""
+        for view in self.x(["xdotool", "search", "--onlyvisible", "--name", "^Norvane   G4ABC$"]).split():
+            place = self.geometry(view)
+            if place and xwd_pixel(self.pixels(view), place[2] - 10, place[3] - 10) == colour:
+                return view
+        return None
+
+    def click(self, x, y):
+        self.x(["xdotool", "mousemove", "--sync", str(x), str(y), "click", "1"])
 
     def windows(self):
         return self.x(["xdotool", "search", "--onlyvisible", "--name", "^PX Callsigns$"]).split()
@@ -156,8 +187,8 @@ class Session:
         with open(os.path.join(self.data, "Norvane-DB.db"), "rb") as f:
             return f.read()
 
-    def pixels(self):
-        return subprocess.run(["xwd", "-silent", "-id", self.window], env=self.env, capture_output=True).stdout
+    def pixels(self, window=None):
+        return subprocess.run(["xwd", "-silent", "-id", window or self.window], env=self.env, capture_output=True).stdout
 
     def window_state(self):
         return self.x(["xprop", "-id", self.window, "WM_STATE"])
@@ -177,6 +208,18 @@ class Session:
 
 def settle():
     time.sleep(0.8)
+
+
+def xwd_pixel(raw, x, y):
+    """The red, green, blue of one pixel of an xwd picture of depth 24 (24 or 32 bits a pixel)."""
+    header = [int.from_bytes(raw[i:i + 4], "big") for i in range(0, 100, 4)]
+    header_size, width, height, byte_order, bits, line = header[0], header[4], header[5], header[7], header[11], header[12]
+    if bits not in (24, 32) or not (0 <= x < width and 0 <= y < height):
+        return None
+    size = bits // 8
+    at = header_size + header[19] * 12 + y * line + x * size
+    value = int.from_bytes(raw[at:at + size], "little" if byte_order == 0 else "big")
+    return (value >> 16) & 255, (value >> 8) & 255, value & 255
 
 
 def run(s):
@@ -252,6 +295,41 @@ def run(s):
     wait_until("the first window back", lambda: "Normal" in s.window_state(), 10)
     check("one main window", len(s.windows()) == 1)
     s.shot("4-back-after-second-start")
+    station_view(s, program)
+
+
+def station_view(s, program):
+    """The maps menu's station view and web map, from the real program: the browser engine is
+    loaded late, from its plugin, into a program that did not prepare for it at start."""
+    def running(value):
+        if program.poll() is not None:
+            raise Failure("the program ended with status %d as the station view opened" % program.returncode)
+        return value
+
+    s.new_requests()
+    # The menu's row (of six), the page the view asks for, the colour of the page's lower right.
+    opened = (("station view", 3, "/hamcall/call?callsign=G4ABC", (255, 255, 255)),
+              ("web map by address", 1, "/webmaps/maps/place/1+Sample+Lane,Exampleton+EX1+2AB,England/@", (207, 232, 196)),
+              ("station view again", 3, "/hamcall/call?callsign=G4ABC", (255, 255, 255)))
+    for name, row, request, colour in opened:
+        s.activate()
+        left, top, width, height = s.geometry(s.window)
+        s.click(left + width - 21, top + height - 53)  # the maps label
+        m_left, m_top, m_width, m_height = wait_until("the maps menu", lambda: running(s.other_window(min_height=60)))
+        s.click(m_left + m_width // 2, m_top + m_height * (2 * row + 1) // 12)
+        wait_until("the page of the " + name, lambda: running(any(r.startswith(request) for r in s.new_requests())), 30)
+        # Found anew each time: the window is made again once the browser joins it.
+        view = wait_until("the %s drawn below the menu bar" % name, lambda: running(s.station_view_showing(colour)), 30)
+        print("ok   the %s shows its page" % name, flush=True)
+        s.shot("5-" + name.replace(" ", "-"))
+        s.x(["xdotool", "windowactivate", "--sync", view, "key", "alt+F4"])
+        wait_until("the station view closed", lambda: not s.x(["xdotool", "search", "--onlyvisible", "--name",
+                                                                "^Norvane   G4ABC$"]).strip(), 10)
+    check("the program still runs after the station view closed", program.poll() is None)
+    with open(program.log, errors="replace") as f:
+        log = f.read()
+    check("the browser engine's late set-up leaves no warning", "initialized from a plugin" not in log and
+          "AA_ShareOpenGLContexts" not in log)
 
 
 def main():
@@ -268,6 +346,7 @@ def main():
         run(s)
     except Failure as e:
         print("FAIL " + str(e), file=sys.stderr)
+        s.shot("failed")
         return 1
     finally:
         s.close()

@@ -370,6 +370,12 @@ private slots:
         }
         // The login item names the chosen service.
         QCOMPARE(QString(g.Texts.MenuLogIn).replace("***", g.ServiceName), QString("Inloggen bij QRZ"));  // Dutch here
+        // The web map host from the settings (the demo's stand-in), its closing slashes dropped.
+        g.OtherLat = 51.5072;
+        g.OtherLon = -0.1276;
+        settings::SaveSetting({"Hosts", "WebMaps"}, server.url("/webmaps//"));
+        QCOMPARE(form->mapsRequest(2), server.url("/webmaps/maps/place/51.5072,-0.1276/@51.5072,-0.1276,19z/data=!3m1!1e3*G4ABC"));
+        settings::SaveSetting({"Hosts", "WebMaps"}, "https://www.google.com");
     }
 
     void placeholderPicturesAreFetchedAgain() {
