@@ -83,7 +83,13 @@ def place_page(path):
     rest = urllib.parse.unquote_plus(path[len("/webmaps/maps/place/"):])
     place, _, view = rest.partition("/@")
     position = ", ".join(view.split(",")[:2])
-    rows = "".join("<p>%s</p>" % html.escape(part) for part in place.split(","))
+    parts = place.split(",")
+    try:  # by position: the place is the position itself
+        [float(part) for part in parts]
+        parts = [place.replace(",", ", ")]
+    except ValueError:
+        pass
+    rows = "".join("<p>%s</p>" % html.escape(part) for part in parts)
     return ("""<html><head><title>Web map stand-in</title><style>
 body { margin: 0; height: 100vh; background: #cfe8c4; font-family: sans-serif; }
 div { position: absolute; left: 40px; top: 40px; padding: 4px 16px; background: #ffffff; }

@@ -62,6 +62,9 @@ int FlagsAfterChoice(int flags, const QString& chosen, const QString& defaultExt
 std::optional<QString> RunQtFileDialog(const FileDialogSetup& setup, QWidget* owner) {
     QFileDialog dialog(owner, setup.title, setup.folder);
     dialog.setObjectName(QStringLiteral("FileDialog"));
+    // Modal, and asked from windows that are not on top (the station view): above the main window,
+    // which always is, so that none of the dialog is hidden under it.
+    dialog.setWindowFlag(Qt::WindowStaysOnTopHint);
     dialog.setAcceptMode(setup.acceptMode);
     dialog.setFileMode(setup.fileMode);
     dialog.setOptions(setup.options);

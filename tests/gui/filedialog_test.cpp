@@ -13,12 +13,14 @@ namespace {
 const QChar kNul(0);
 
 // Answers the dialog that is open once the event loop runs: cancels it, or types name and accepts.
+// Notes its filters, chosen filter, title, whether it saves, whether it stays on top, and the name.
 void answerDialog(QStringList* seen, const QString& name = QString()) {
     QTimer::singleShot(50, [seen, name] {
         auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
         QVERIFY(dialog);
         *seen << dialog->nameFilters().join(u'|') << dialog->selectedNameFilter() << dialog->windowTitle()
-              << QString::number(dialog->acceptMode() == QFileDialog::AcceptSave);
+              << QString::number(dialog->acceptMode() == QFileDialog::AcceptSave)
+              << QString::number(dialog->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
         if (name.isEmpty()) {
             dialog->reject();
             return;
@@ -160,7 +162,8 @@ private slots:
         const QString chosen = ShowFileDialog(nullptr, dir.path(), filter, 1, QStringLiteral("jpg"), QStringLiteral("DL1ABC"),
                                               QStringLiteral("Save picture"), nullptr, false);
         QCOMPARE(seen, (QStringList{QStringLiteral("jpg files (*.jpg)"), QStringLiteral("jpg files (*.jpg)"),
-                                    QStringLiteral("Save picture"), QStringLiteral("1"), QStringLiteral("DL1ABC")}));
+                                    QStringLiteral("Save picture"), QStringLiteral("1"), QStringLiteral("1"),
+                                    QStringLiteral("DL1ABC")}));
         QCOMPARE(chosen, dir.filePath(QStringLiteral("W1AW.jpg")));
         seen.clear();
         answerDialog(&seen);
@@ -168,6 +171,7 @@ private slots:
         QCOMPARE(ShowFileDialog(&flags, dir.path(), filter), QString());
         QCOMPARE(flags, ofn::kFileMustExist);
         QCOMPARE(seen.value(3), QStringLiteral("0"));
+        QCOMPARE(seen.value(4), QStringLiteral("1"));  // above the always-on-top main window too
     }
 };
 
