@@ -43,6 +43,9 @@ StationViewFactory* LoadStationView(QString* why) {
     if (!g_nextHandler) g_nextHandler = qInstallMessageHandler(DropEngineSetUpNotes);
     for (const QString& path : Candidates()) {
         auto* loader = new QPluginLoader(path);
+        // Every symbol bound at loading: a browser engine that lacks one the plugin needs makes the
+        // loading fail with its reason, not the program end when the symbol is first called.
+        loader->setLoadHints(loader->loadHints() | QLibrary::ResolveAllSymbolsHint);
         if (QObject* instance = loader->instance()) {
             if (auto* factory = qobject_cast<StationViewFactory*>(instance)) {
                 g_loader = loader;
