@@ -66,6 +66,11 @@ frmStView::frmStView(StationViewSetup setup) : setup_(std::move(setup)) {
     column->setSpacing(0);
     column->addWidget(imgMenuBar);
     pageArea_ = new QWidget(this);
+    // The browser draws through a Qt Quick surface, which the window must be made for. Made with
+    // this hidden one in it, the window has that kind from the start; otherwise Qt makes it again
+    // when the first page's surface joins, and the window flashes.
+    auto* surfaceKind = new QQuickWidget(pageArea_);
+    surfaceKind->hide();
     auto* page = new QVBoxLayout(pageArea_);
     page->setContentsMargins(0, 0, 0, 0);
     column->addWidget(pageArea_, 1);

@@ -318,7 +318,7 @@ def station_view(s, program):
         m_left, m_top, m_width, m_height = wait_until("the maps menu", lambda: running(s.other_window(min_height=60)))
         s.click(m_left + m_width // 2, m_top + m_height * (2 * row + 1) // 12)
         wait_until("the page of the " + name, lambda: running(any(r.startswith(request) for r in s.new_requests())), 30)
-        # Found anew each time: the window is made again once the browser joins it.
+        # Looked for by its caption until the page is drawn in it.
         view = wait_until("the %s drawn below the menu bar" % name, lambda: running(s.station_view_showing(colour)), 30)
         print("ok   the %s shows its page" % name, flush=True)
         s.shot("5-" + name.replace(" ", "-"))

@@ -85,8 +85,12 @@ private slots:
         auto o = Open(server_.url(QStringLiteral("/blocks")) + QStringLiteral("*G4ABC"));
         QVERIFY(o->view);
         QCOMPARE(o->window->windowTitle(), QStringLiteral("Norvane   G4ABC"));
+        const WId shown = o->window->winId();
         QTRY_VERIFY_WITH_TIMEOUT(o->done != -1, kWaitMs);
         QCOMPARE(o->done, 1);
+        // The window the user saw at once is the one that shows the page (not made again, which
+        // the desktop shows as a flash).
+        QCOMPARE(o->window->winId(), shown);
         const QImage picture = o->view->CaptureView();
         QCOMPARE(picture.size(), QSize(400, 300));
         struct Corner {
