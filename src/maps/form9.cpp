@@ -14,7 +14,6 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
-#include <QScreen>
 #include <QScrollArea>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -96,8 +95,6 @@ void Form9::RefreshMap(const QString& call) {
 void Form9::PlotMap(const QString& call) {
     savedCursor_ = QCursor::pos();
     cursorSaved_ = true;
-    QScreen* screen = QGuiApplication::screenAt(savedCursor_);
-    if (!screen) screen = QGuiApplication::primaryScreen();
     dragReady_ = false;
     if (mapIndex_ < 0 || mapIndex_ >= lstMap_.size()) return;
     const QString entry = lstMap_[mapIndex_];
@@ -119,7 +116,7 @@ void Form9::PlotMap(const QString& call) {
     }
 
     // The frame fits the monitor; the window sits inside it.
-    const QRect area = screen->availableGeometry();
+    const QRect area = AvailableAreaAt(savedCursor_);
     const QSize frame(std::min(shown_.width(), area.width() - kMenuWidth - kWindowMargin),
                       std::min(shown_.height(), area.height() - kWindowMargin * 2));
     picOuter->setFixedSize(frame.expandedTo(QSize(100, 100)));

@@ -7,18 +7,17 @@
 #include "pictures/stationviewrules.h"
 #include "ui/language.h"
 #include "ui/unimsgbox.h"
+#include "ui/windowhelpers.h"
 
 #include <QClipboard>
 #include <QCursor>
 #include <QGuiApplication>
 #include <QPointer>
-#include <QScreen>
 #include <QWidget>
 
 QRect MonitorUnderPointer() {
-    QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
-    if (!screen) screen = QGuiApplication::primaryScreen();
-    return screen ? screen->availableGeometry() : QRect(0, 0, 1024, 768);
+    const QRect area = AvailableAreaAt(QCursor::pos());
+    return area.isEmpty() ? QRect(0, 0, 1024, 768) : area;
 }
 
 StationView* OpenStationView(QWidget* owner, const LanguageTexts& texts, const QString& request, CookieFile* cookies,

@@ -6,7 +6,9 @@
 
 #include <QOpenGLContext>
 #include <QtGlobal>
+#ifndef _WIN32
 #include <unistd.h>
+#endif
 
 // The engine's own set-up of the graphics context that its views share with Qt. It runs by
 // itself only when the engine is linked into the program, before the application exists. Loaded

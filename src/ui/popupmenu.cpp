@@ -1,5 +1,7 @@
 #include "ui/popupmenu.h"
 
+#include "ui/windowhelpers.h"
+
 #include <QApplication>
 #include <QGuiApplication>
 #include <QMouseEvent>
@@ -72,8 +74,7 @@ void PopupMenu::leaveEvent(QEvent*) {
 
 PopupMenu* MakeMenu(const QList<MenuItem>& items, QPoint at, std::function<void(int)> chosen, QWidget* owner) {
     auto* menu = new PopupMenu(items, std::move(chosen), owner);
-    if (const QScreen* screen = QGuiApplication::screenAt(at) ? QGuiApplication::screenAt(at) : QGuiApplication::primaryScreen()) {
-        const QRect area = screen->availableGeometry();
+    if (const QRect area = AvailableAreaAt(at); !area.isEmpty()) {
         at.setX(std::clamp(at.x(), area.left(), std::max(area.left(), area.right() + 1 - menu->width())));
         at.setY(std::clamp(at.y(), area.top(), std::max(area.top(), area.bottom() + 1 - menu->height())));
     }

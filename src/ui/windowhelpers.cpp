@@ -122,6 +122,12 @@ QList<QRect> AvailableAreas() {
     return areas;
 }
 
+QRect AvailableAreaAt(QPoint point) {
+    const QScreen* screen = QGuiApplication::screenAt(point);
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    return screen ? screen->availableGeometry() : QRect();
+}
+
 namespace {
 
 QMargins ownMargins(const QWidget* window) {

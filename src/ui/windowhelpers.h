@@ -58,6 +58,10 @@ QRect BesideRect(QSize frame, const QRect& owner, const QRect& area);
 // What the screens leave free for windows (QScreen::availableGeometry), in the screens' order.
 QList<QRect> AvailableAreas();
 
+// What the screen at a point leaves free for windows; the primary screen's where no screen holds
+// the point, and an empty rectangle when there is no screen at all.
+QRect AvailableAreaAt(QPoint point);
+
 // The window's frame margins as far as they are known: its own once the window manager has framed
 // it; before that those of another shown window of the program (one manager frames them alike);
 // none where nothing is framed.
