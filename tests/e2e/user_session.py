@@ -50,9 +50,13 @@ class Session:
         self.tmp = tempfile.mkdtemp(prefix="px-user-")
         self.procs = []
         self.env = dict(os.environ)
-        self.start_display()
-        self.start_server()
-        self.prepare_folders()
+        try:
+            self.start_display()
+            self.start_server()
+            self.prepare_folders()
+        except BaseException:
+            self.close()
+            raise
 
     # --- set-up ---------------------------------------------------------------------------
     def spawn(self, args, **kw):
@@ -62,8 +66,11 @@ class Session:
 
     def start_display(self):
         read, write = os.pipe()
-        self.spawn(["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
-                   pass_fds=(write,), stderr=subprocess.DEVNULL)
+        # Every helper writes to a file of its own: one that held the test's output open would keep
+        # the test runner waiting after a failure.
+        with self.log_file("xvfb") as log:
+            self.spawn(["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
+                       pass_fds=(write,), stdout=subprocess.DEVNULL, stderr=log)
         os.close(write)
         number = b""
         while not number.endswith(b"\n"):
@@ -75,8 +82,33 @@ class Session:
         self.env["DISPLAY"] = ":" + number.decode().strip()
         self.env.pop("QT_QPA_PLATFORM", None)
         self.env.pop("WAYLAND_DISPLAY", None)
-        self.spawn(["openbox"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_until("the window manager", lambda: "_NET_SUPPORTING_WM_CHECK" in self.x(["xprop", "-root"]))
+        self.start_window_manager()
+
+    def start_window_manager(self):
+        """openbox, started once more when the first one neither runs nor announces itself."""
+        for attempt in (1, 2):
+            with self.log_file("openbox-%d" % attempt) as log:
+                wm = self.spawn(["openbox", "--sm-disable"], stdout=log, stderr=log)
+            try:
+                wait_until("the window manager", lambda: wm.poll() is not None or
+                           "_NET_SUPPORTING_WM_CHECK" in self.x(["xprop", "-root"]), 30)
+            except Failure:
+                pass
+            if wm.poll() is None and "_NET_SUPPORTING_WM_CHECK" in self.x(["xprop", "-root"]):
+                return
+            state = "ended with status %s" % wm.returncode if wm.poll() is not None else "did not announce itself"
+            xprop = subprocess.run(["xprop", "-root"], env=self.env, capture_output=True, timeout=30)
+            print("note: openbox on %s %s (attempt %d); its output:\n%s\nxprop -root: %d root properties, "
+                  "its errors: %s" % (self.env["DISPLAY"], state, attempt, open(log.name, errors="replace").read(),
+                                      xprop.stdout.count(b"\n"), xprop.stderr.decode(errors="replace").strip()),
+                  file=sys.stderr)
+            if wm.poll() is None:
+                wm.kill()
+                wm.wait()
+        raise Failure("the window manager did not start")
+
+    def log_file(self, name):
+        return open(os.path.join(self.tmp, name + ".log"), "wb")
 
     def start_server(self):
         self.log = os.path.join(self.tmp, "requests.log")
@@ -341,7 +373,11 @@ def main():
         if not shutil.which(tool):
             print("missing: " + tool, file=sys.stderr)
             return 1
-    s = Session(args.build, args.shots)
+    try:
+        s = Session(args.build, args.shots)
+    except Failure as e:
+        print("FAIL " + str(e), file=sys.stderr)
+        return 1
     try:
         run(s)
     except Failure as e:
