@@ -8,11 +8,33 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+
 QString DefaultDataFolder(const QString& applicationDir) {
     const QString name = QLatin1String(kDataFolderName);
     for (const QString& candidate : {applicationDir + QStringLiteral("/../share/pxcallsigns/") + name,
                                      applicationDir + QStringLiteral("/share/") + name}) {
         if (QFileInfo(candidate).isDir()) return QDir(candidate).absolutePath();
+    }
+    return {};
+}
+
+QList<IconFile> ProgramIconFiles(const QString& applicationDir, const QString& iconName) {
+    for (const QString& theme : {applicationDir + QStringLiteral("/../share/icons/hicolor"),
+                                 applicationDir + QStringLiteral("/icons/hicolor")}) {
+        QList<IconFile> found;
+        for (const QString& folder : QDir(theme).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            // Only square bitmap folders ("48x48"); "scalable" and "48x48@2" are not bitmap sizes of ours.
+            const QStringList sides = folder.split(u'x');
+            bool wide = false, high = false;
+            const int size = sides.size() == 2 ? sides[0].toInt(&wide) : 0;
+            if (!wide || size <= 0 || sides[1].toInt(&high) != size || !high) continue;
+            const QString path = QDir(theme).absoluteFilePath(folder + QStringLiteral("/apps/") + iconName + QStringLiteral(".png"));
+            if (QFileInfo(path).isFile()) found.append({size, QDir::cleanPath(path)});
+        }
+        if (found.isEmpty()) continue;
+        std::sort(found.begin(), found.end(), [](const IconFile& a, const IconFile& b) { return a.size < b.size; });
+        return found;
     }
     return {};
 }

@@ -2,6 +2,7 @@
 // The default data folder that ships with the program, and the first-run copy of it.
 
 #include "common/status.h"
+#include <QList>
 #include <QString>
 
 // The name of the data folder, in the user's roaming application data and in the shipped tree.
@@ -14,6 +15,19 @@ QString UserDataFolder();
 // may be moved: first an installed tree's (<prefix>/bin/../share/pxcallsigns/Norvane), else the
 // build tree's (<build>/share/Norvane). An absolute path without "..", or "" when neither exists.
 QString DefaultDataFolder(const QString& applicationDir);
+
+// One bitmap size of the program's icon.
+struct IconFile {
+    int size = 0;  // width and height in pixels
+    QString path;
+};
+
+// The bitmap sizes of the icon named iconName that ship with the program, found from the
+// executable's folder as the data folder is: an installed tree's hicolor theme
+// (<prefix>/bin/../share/icons/hicolor/NxN/apps/<iconName>.png), else the build tree's
+// (<build>/icons/hicolor/...). Smallest first; none when neither holds one. Only names are read:
+// no picture is opened.
+QList<IconFile> ProgramIconFiles(const QString& applicationDir, const QString& iconName);
 
 // The folders every data folder holds, even when empty (the picture cache starts empty, and an
 // empty folder does not survive every way the default folder is copied).

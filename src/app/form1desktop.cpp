@@ -216,9 +216,8 @@ void Form1::savePosition() {
     const QPoint at = pos();
     // Put there by the version-mark window, not by the user: nothing to remember.
     if (markPlace_ && at == *markPlace_) return;
-    const QString left = QString::number(at.x()), top = QString::number(at.y());
-    if (settings::GetSetting(settings::kForm1Left, QString()) != left) settings::SaveSetting(settings::kForm1Left, left);
-    if (settings::GetSetting(settings::kForm1Top, QString()) != top) settings::SaveSetting(settings::kForm1Top, top);
+    settings::SaveSetting(settings::kForm1Left, QString::number(at.x()));
+    settings::SaveSetting(settings::kForm1Top, QString::number(at.y()));
 }
 
 void Form1::resizeEvent(QResizeEvent* event) {

@@ -19,6 +19,8 @@ QString GetSetting(Key key, const QString& fallback) {
 
 void SaveSetting(Key key, const QString& value) {
     QSettings s(QSettings::UserScope, QLatin1String(kApplication));
+    const QVariant stored = s.value(path(key));
+    if (stored.isValid() && stored.toString() == value) return;
     s.setValue(path(key), value);
     s.sync();
 }

@@ -28,6 +28,8 @@ inline constexpr Key kStViewHeight{"frmStView", "Height"};
 inline constexpr Key kStViewWidth{"frmStView", "Width"};
 
 QString GetSetting(Key key, const QString& fallback);
+// Writes the value through to the file at once; a value the file already holds is not written
+// again, so that storing an unchanged setting (each start does) costs no write and no flush.
 void SaveSetting(Key key, const QString& value);
 
 // Numeric readings. A value that is not a number, or does not fit, reads as the default.

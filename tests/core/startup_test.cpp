@@ -9,6 +9,8 @@
 #include <QSettings>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 using namespace testutil;
 
 namespace {
@@ -40,6 +42,28 @@ TEST(SettingsTest, DefaultsKeysAndBadValues) {
     }
     settings::SaveSetting(settings::kServiceIndex, "2.5");
     EXPECT_EQ(settings::GetInt16Setting(settings::kServiceIndex, 1), 2) << "halves round to even";
+    QFile::remove(configFile());
+}
+
+TEST(SettingsTest, AnUnchangedValueIsNotWrittenAgain) {
+    QFile::remove(configFile());
+    settings::SaveSetting(settings::kServiceIndex, "3");
+    // A line as the file's writer would never put it: any rewrite of the file changes it.
+    QFile file(configFile());
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    file.write("[Hand]\nkey  =  as typed\n");
+    file.close();
+    const QByteArray typed = readFile(configFile());
+
+    settings::SaveSetting(settings::kServiceIndex, "3");
+    EXPECT_EQ(readFile(configFile()), typed);
+    settings::SaveSetting(settings::kServiceIndex, "4");
+    const QString rewritten = QString::fromUtf8(readFile(configFile()));
+    EXPECT_TRUE(rewritten.contains("[DataBase]\nIndex=4\n")) << rewritten.toStdString();
+    EXPECT_FALSE(rewritten.contains("key  =")) << "the file was written anew";
+    // An empty value is a value: stored once, then left alone.
+    settings::SaveSetting(settings::kPictaroInstall, "");
+    EXPECT_TRUE(QString::fromUtf8(readFile(configFile())).contains("[Pictaro]\nInstall=\n"));
     QFile::remove(configFile());
 }
 
@@ -176,6 +200,46 @@ TEST(DataFolderTest, DefaultFolderIsFoundFromTheExecutablesFolder) {
         }
         const QString want = *c.want ? root.path() + "/" + c.want : QString();
         EXPECT_EQ(DefaultDataFolder(root.path() + "/" + c.appDir), want) << c.appDir << " in " << layout.toStdString();
+    }
+}
+
+TEST(DataFolderTest, IconBitmapsBesideTheExecutable) {
+    const QString id = "org.example.App";
+    struct Case {
+        std::vector<const char*> files;  // made under the root, each holding a byte
+        const char* appDir;
+        const char* want;  // "size:path" pairs, smallest first, space-separated
+    };
+    const Case cases[] = {
+        // An installed tree, sizes in any order of their folders; the scalable drawing is no bitmap.
+        {{"usr/share/icons/hicolor/48x48/apps/org.example.App.png", "usr/share/icons/hicolor/16x16/apps/org.example.App.png",
+          "usr/share/icons/hicolor/256x256/apps/org.example.App.png", "usr/share/icons/hicolor/scalable/apps/org.example.App.svg"},
+         "usr/bin",
+         "16:usr/share/icons/hicolor/16x16/apps/org.example.App.png 48:usr/share/icons/hicolor/48x48/apps/org.example.App.png "
+         "256:usr/share/icons/hicolor/256x256/apps/org.example.App.png"},
+        // The build tree's, found only when the installed tree has none.
+        {{"build/icons/hicolor/32x32/apps/org.example.App.png"}, "build", "32:build/icons/hicolor/32x32/apps/org.example.App.png"},
+        {{"x/icons/hicolor/32x32/apps/org.example.App.png", "share/icons/hicolor/64x64/apps/org.example.App.png"},
+         "x", "64:share/icons/hicolor/64x64/apps/org.example.App.png"},
+        // Folders that are no square size, another program's icon, another kind of file: none of ours.
+        {{"b/icons/hicolor/48x48@2/apps/org.example.App.png", "b/icons/hicolor/16x32/apps/org.example.App.png",
+          "b/icons/hicolor/0x0/apps/org.example.App.png", "b/icons/hicolor/x/apps/org.example.App.png",
+          "b/icons/hicolor/-8x-8/apps/org.example.App.png", "b/icons/hicolor/24x24/apps/org.example.Other.png",
+          "b/icons/hicolor/22x22/apps/org.example.App.svg", "b/icons/hicolor/12x12/org.example.App.png"},
+         "b", ""},
+        {{}, "nothing/bin", ""},
+    };
+    for (const Case& c : cases) {
+        QTemporaryDir root;
+        QDir(root.path()).mkpath(c.appDir);  // the running program's own folder
+        for (const char* file : c.files) {
+            QDir(root.path()).mkpath(QFileInfo(file).path());
+            writeFile(root.path() + "/" + file, "p");
+        }
+        QStringList got;
+        for (const IconFile& icon : ProgramIconFiles(root.path() + "/" + c.appDir, id))
+            got << QString::number(icon.size) + ":" + QDir(root.path()).relativeFilePath(icon.path);
+        EXPECT_EQ(got.join(' '), QString(c.want)) << c.appDir;
     }
 }
 

@@ -11,6 +11,7 @@ state and pixels.
 """
 import argparse
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -257,6 +258,9 @@ def xwd_pixel(raw, x, y):
 def run(s):
     program = s.start_program()
     s.window = wait_until("the main window", lambda: (s.windows() or [None])[0], 20)
+    icon = s.x(["xprop", "-id", s.window, "_NET_WM_ICON"])
+    check("the main window carries the program's icon in its small sizes",
+          re.findall(r"Icon \((\d+) x \1\)", icon) == ["16", "22", "24", "32", "48", "64"])
     for folder in ("Maps", "images/qrzImages", "Languages"):
         check("the first run seeds " + folder, os.path.isdir(os.path.join(s.data, folder)))
     wait_until("the login check", lambda: s.new_requests() or True)
