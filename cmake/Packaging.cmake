@@ -61,7 +61,8 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION hamradio)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The help text opens in the desktop's viewer; Pictaro, a Windows program, runs under Wine.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "xdg-utils")
+# The help text opens in the desktop's viewer; the failure beep sounds through ALSA, which the
+# program opens when it first beeps; Pictaro, a Windows program, runs under Wine.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "xdg-utils, libasound2")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "wine")
 include(CPack)

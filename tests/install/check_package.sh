@@ -24,9 +24,12 @@ field() { dpkg-deb -f "$deb" "$1"; }
 # Each library the program links, by its Debian 12 package name (dpkg-shlibdeps adds a version
 # where the library's symbols ask for one).
 depends=", $(field Depends),"
-for lib in libc6 libstdc++6 libqt6core6 libqt6gui6 libqt6widgets6 libqt6network6 libgumbo1 libx11-6 libasound2; do
+for lib in libc6 libstdc++6 libqt6core6 libqt6gui6 libqt6widgets6 libqt6network6 libgumbo1 libx11-6; do
     [[ "$depends" == *", $lib ("* || "$depends" == *", $lib,"* ]] || fail "Depends lacks $lib: $depends"
 done
+# Sound is opened only when the program beeps: recommended, and no dependency.
+[[ "$depends" != *"libasound"* ]] || fail "Depends names ALSA: $depends"
+[ "$(field Recommends)" = "xdg-utils, libasound2" ] || fail "Recommends: $(field Recommends)"
 
 dpkg-deb -x "$deb" "$work/root"
 [ "$(find "$work/root" -mindepth 1 -maxdepth 1)" = "$work/root/usr" ] || fail "files outside /usr"
