@@ -213,6 +213,10 @@ string_view Prescan::run(unsigned changes) {
             if (faster && (isEnd || !keptAttribute(html.substr(from, nameTo - from))) &&
                 html[from - 1] != '/')
                 tagEdits_.push_back({from, to, -1});
+            else if (conform && html[from] == '\0')
+                // A NUL that starts an attribute's name is U+FFFD to a browser ("\0hidden" is no
+                // "hidden"); our parser drops it.
+                tagEdits_.push_back({from, from + 1, -1, "\xEF\xBF\xBD"});
         });
         const auto editTag = [&] {
             // Unless the whole tag was cut.
