@@ -138,6 +138,13 @@ class Session:
             for key, path in hosts.items():
                 f.write("%s=%s/%s\n" % (key, self.url, path))
             f.write("TimeoutMs=%d\n" % TIMEOUT_MS)
+        # The program's tones go to a file: ALSA's default device, as this session configures it.
+        alsa = os.path.join(self.tmp, "alsa.conf")
+        self.tones = os.path.join(self.tmp, "tones.raw")
+        with open(alsa, "w") as f:
+            f.write('pcm.!default { type file slave.pcm "sink" file "%s" format "raw" }\npcm.sink { type null }\n'
+                    % self.tones)
+        self.env["ALSA_CONFIG_PATH"] = alsa
 
     def close(self):
         for p in reversed(self.procs):
@@ -216,6 +223,9 @@ class Session:
         fresh, self.seen = lines[self.seen:], len(lines)
         return fresh
 
+    def tone_bytes(self):
+        return os.path.getsize(self.tones) if os.path.exists(self.tones) else 0
+
     def call_file(self):
         with open(os.path.join(self.data, "Norvane-DB.db"), "rb") as f:
             return f.read()
@@ -277,6 +287,8 @@ def run(s):
           s.new_requests() == ["/hamcall/call?callsign=DL1ABC", "/pictures/c/dl1abc/dl1abc.jpg"])
     check("DL1ABC is kept in the call-sign file", b"DL1ABCHans M" in s.call_file())
     s.shot("1-station-with-picture")
+    with open("/proc/%d/maps" % program.pid) as f:
+        check("no tone so far, and the sound library not loaded", s.tone_bytes() == 0 and "libasound" not in f.read())
 
     # An unknown call right after it: nothing of that page is kept.
     before = s.call_file()
@@ -284,6 +296,7 @@ def run(s):
     wait_until("the page of XX9XYZ", lambda: s.new_requests() == ["/hamcall/call?callsign=XX9XYZ"])
     settle()
     check("an unknown call leaves the call-sign file byte for byte", s.call_file() == before)
+    check("and sounds the failure beep", wait_until("the failure beep", s.tone_bytes, 5) > 0)
 
     # Text that holds no call: typed, or on the clipboard for F8. No service is asked.
     for text in ("HELLO", "DL1ABCDE", ""):
