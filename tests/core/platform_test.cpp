@@ -1,6 +1,7 @@
 #include "platform/system.h"
 #include "testutil.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
 #include <QThread>
@@ -19,30 +20,38 @@ struct Child : QProcess {
     ~Child() override { kill(), waitForFinished(); }
 };
 
+// A program name that no other process has: the search looks at every process of the machine,
+// and the tests run side by side (each of these two starts a program of its own).
+QString uniqueProgramName(const char* test) {
+    return QStringLiteral("Pictaro-%1-%2.exe").arg(QLatin1String(test)).arg(QCoreApplication::applicationPid());
+}
+
 TEST(PlatformTest, FindProgPathByProgramFile) {
+    const QString name = uniqueProgramName("file");
     QTemporaryDir dir;
     QDir().mkpath(dir.path() + "/bin dir");
-    const QString exe = dir.path() + "/bin dir/Pictaro.exe";
+    const QString exe = dir.path() + "/bin dir/" + name;
     ASSERT_TRUE(QFile::copy("/bin/sleep", exe));
-    EXPECT_EQ(platform::FindProgPath("Pictaro.exe"), "");
+    EXPECT_EQ(platform::FindProgPath(name), "");
     Child child(exe, {"30"});
-    EXPECT_EQ(platform::FindProgPath("Pictaro.exe"), dir.path() + "/bin dir/");
-    EXPECT_EQ(platform::FindProgPath("pictaro.exe"), "") << "the search is case-sensitive";
+    EXPECT_EQ(platform::FindProgPath(name), dir.path() + "/bin dir/");
+    EXPECT_EQ(platform::FindProgPath(name.toLower()), "") << "the search is case-sensitive";
     EXPECT_EQ(platform::FindProgPath(""), "");
 }
 
 // Wine shows the Windows path of the program as the command line; the drive is found through
 // the prefix named by the process's own WINEPREFIX.
 TEST(PlatformTest, FindProgPathUnderWineMapsTheWindowsPath) {
+    const QString name = uniqueProgramName("wine");
     QTemporaryDir prefix;
     QDir().mkpath(prefix.path() + "/drive_c/Program Files/Pictaro");
     QDir().mkpath(prefix.path() + "/dosdevices");
     QFile::link("../drive_c", prefix.path() + "/dosdevices/c:");
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert("WINEPREFIX", prefix.path());
-    Child child("/bin/bash", {"-c", "exec -a 'C:\\Program Files\\Pictaro\\Pictaro.exe' sleep 30"}, env);
+    Child child("/bin/bash", {"-c", "exec -a 'C:\\Program Files\\Pictaro\\" + name + "' sleep 30"}, env);
     QThread::msleep(100);  // until bash has replaced itself
-    EXPECT_EQ(platform::FindProgPath("Pictaro.exe"), prefix.path() + "/drive_c/Program Files/Pictaro/");
+    EXPECT_EQ(platform::FindProgPath(name), prefix.path() + "/drive_c/Program Files/Pictaro/");
 }
 
 TEST(PlatformTest, AppDataFolderFollowsXdg) {
