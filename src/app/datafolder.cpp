@@ -7,6 +7,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -22,15 +23,14 @@ QString DefaultDataFolder(const QString& applicationDir) {
 QList<IconFile> ProgramIconFiles(const QString& applicationDir, const QString& iconName) {
     for (const QString& theme : {applicationDir + QStringLiteral("/../share/icons/hicolor"),
                                  applicationDir + QStringLiteral("/icons/hicolor")}) {
+        // Only the square bitmap sizes ("48x48"): not "scalable", nor the doubled "48x48@2".
+        static const QRegularExpression kSquare(QStringLiteral("^([1-9][0-9]{0,3})x\\1$"));
         QList<IconFile> found;
         for (const QString& folder : QDir(theme).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-            // Only square bitmap folders ("48x48"); "scalable" and "48x48@2" are not bitmap sizes of ours.
-            const QStringList sides = folder.split(u'x');
-            bool wide = false, high = false;
-            const int size = sides.size() == 2 ? sides[0].toInt(&wide) : 0;
-            if (!wide || size <= 0 || sides[1].toInt(&high) != size || !high) continue;
+            const QRegularExpressionMatch square = kSquare.match(folder);
+            if (!square.hasMatch()) continue;
             const QString path = QDir(theme).absoluteFilePath(folder + QStringLiteral("/apps/") + iconName + QStringLiteral(".png"));
-            if (QFileInfo(path).isFile()) found.append({size, QDir::cleanPath(path)});
+            if (QFileInfo(path).isFile()) found.append({square.captured(1).toInt(), QDir::cleanPath(path)});
         }
         if (found.isEmpty()) continue;
         std::sort(found.begin(), found.end(), [](const IconFile& a, const IconFile& b) { return a.size < b.size; });

@@ -224,8 +224,9 @@ TEST(DataFolderTest, IconBitmapsBesideTheExecutable) {
         // Folders that are no square size, another program's icon, another kind of file: none of ours.
         {{"b/icons/hicolor/48x48@2/apps/org.example.App.png", "b/icons/hicolor/16x32/apps/org.example.App.png",
           "b/icons/hicolor/0x0/apps/org.example.App.png", "b/icons/hicolor/x/apps/org.example.App.png",
-          "b/icons/hicolor/-8x-8/apps/org.example.App.png", "b/icons/hicolor/24x24/apps/org.example.Other.png",
-          "b/icons/hicolor/22x22/apps/org.example.App.svg", "b/icons/hicolor/12x12/org.example.App.png"},
+          "b/icons/hicolor/-8x-8/apps/org.example.App.png", "b/icons/hicolor/032x032/apps/org.example.App.png",
+          "b/icons/hicolor/24x24/apps/org.example.Other.png", "b/icons/hicolor/22x22/apps/org.example.App.svg",
+          "b/icons/hicolor/12x12/org.example.App.png"},
          "b", ""},
         {{}, "nothing/bin", ""},
     };
