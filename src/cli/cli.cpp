@@ -132,9 +132,7 @@ std::optional<CallDatabase> openDatabase(const CliArgs& p, int* status) {
     }
     const Status seeded = p.values.contains(QStringLiteral("--data")) ? Status::Ok() : SeedUserDataFolder();
     if (!seeded) {
-        CliErr() << "pxcallsigns: " << seeded.message() << "\n";
-        CliErr().flush();
-        *status = 1;
+        *status = CliFailure(seeded.message());
         return std::nullopt;
     }
     return CallDatabase(folder + u'/' + QLatin1String(CallDatabase::kFileName));
@@ -209,8 +207,7 @@ int runDb(const CliArgs& p) {
         const StoreOutcome stored = StoreRecord(db, {call, value("--name"), value("--add1"), value("--add2"), value("--ctry"),
                                                      value("--lat"), value("--lon"), value("--class"), value("--year")});
         if (!stored.written) {
-            CliErr() << "pxcallsigns: " << stored.written.message() << "\n";
-            return 1;
+            return CliFailure(stored.written.message());
         }
         CliOut() << (stored.appended ? "added " : "updated ") << call << "\n";
         return 0;
@@ -223,8 +220,7 @@ int runDb(const CliArgs& p) {
         return 1;
     }
     if (const Status deleted = db.DeleteCallRecord(p.positional[2]); !deleted) {
-        CliErr() << "pxcallsigns: " << deleted.message() << "\n";
-        return 1;
+        return CliFailure(deleted.message());
     }
     return 0;
 }
@@ -269,10 +265,7 @@ int runGrid(const CliArgs& p) {
     const auto v = numbers<2>(p);
     if (!v) return 2;
     const QString grid = GridSquare((*v)[0], (*v)[1]);
-    if (grid.isEmpty()) {
-        CliErr() << "pxcallsigns: no grid square beyond 90 degrees of latitude\n";
-        return 1;
-    }
+    if (grid.isEmpty()) return CliFailure(QStringLiteral("no grid square beyond 90 degrees of latitude"));
     CliOut() << grid << "\n";
     return 0;
 }
@@ -440,8 +433,7 @@ int runLookup(const CliArgs& p) {
         return 1;
     }
     if (!taken.stored.written) {
-        CliErr() << "pxcallsigns: " << taken.stored.written.message() << "\n";
-        return 1;
+        return CliFailure(taken.stored.written.message());
     }
     // The station's picture into the cache, as the windows keep it; none is no failure.
     QObject::connect(&control, &ucLookUp::PictureReady, &loop, [&](const QString& id) {

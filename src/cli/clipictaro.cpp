@@ -2,13 +2,13 @@
 
 #include "app/pictaropaste.h"
 #include "cli/cliargs.h"
+#include "cli/clioutput.h"
 #include "pictures/savejpg.h"
 
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QMimeData>
-#include <QTextStream>
 
 namespace {
 
@@ -27,11 +27,6 @@ private:
     QElapsedTimer* lastRead_;
 };
 
-int fail(int status, const QString& message) {
-    QTextStream(stderr) << "pxcallsigns: " << message << "\n" << (status == 2 ? "Try 'pxcallsigns --help'.\n" : "");
-    return status;
-}
-
 // How long the clipboard is kept for Pictaro: until a moment after it last read the picture,
 // at most a few seconds in all.
 constexpr int kKeepMs = 5000;
@@ -46,11 +41,11 @@ bool IsPictaroCommand(const QStringList& args) {
 
 int RunPictaroCommand(const QStringList& args) {
     const CliArgs p = ParseCliArgs(args.mid(1));
-    if (!p.options().isEmpty()) return fail(2, QStringLiteral("pictaro does not take ") + p.options().first());
+    if (!p.options().isEmpty()) return CliUsageError(QStringLiteral("pictaro does not take ") + p.options().first());
     if (p.positional.value(1) != QLatin1String("paste") || p.positional.size() != 3)
-        return fail(2, QStringLiteral("pictaro takes: paste IMAGE"));
+        return CliUsageError(QStringLiteral("pictaro takes: paste IMAGE"));
     const Result<QImage> picture = ReadPictureFile(p.positional[2]);
-    if (!picture) return fail(1, picture.message());
+    if (!picture) return CliFailure(picture.message());
 
     QElapsedTimer lastRead;
     QClipboard* clipboard = QGuiApplication::clipboard();
@@ -70,10 +65,10 @@ int RunPictaroCommand(const QStringList& args) {
 
     switch (outcome) {
     case PasteOutcome::KeySent: return 0;
-    case PasteOutcome::NoPictaro: return fail(1, QStringLiteral("no window titled Pictaro; the picture was on the clipboard"));
-    case PasteOutcome::FocusElsewhere: return fail(1, QStringLiteral("Pictaro's window did not take the focus; no key was sent"));
-    case PasteOutcome::NoKeyboard: return fail(1, QStringLiteral("keys cannot be sent on this display (no XTest)"));
-    case PasteOutcome::NoPicture: return fail(1, QStringLiteral("the picture could not be put on the clipboard"));
+    case PasteOutcome::NoPictaro: return CliFailure(QStringLiteral("no window titled Pictaro; the picture was on the clipboard"));
+    case PasteOutcome::FocusElsewhere: return CliFailure(QStringLiteral("Pictaro's window did not take the focus; no key was sent"));
+    case PasteOutcome::NoKeyboard: return CliFailure(QStringLiteral("keys cannot be sent on this display (no XTest)"));
+    case PasteOutcome::NoPicture: return CliFailure(QStringLiteral("the picture could not be put on the clipboard"));
     }
     return 1;
 }

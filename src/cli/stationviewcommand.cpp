@@ -9,19 +9,8 @@
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QRegularExpression>
-#include <QTextStream>
 #include <QTimer>
 #include <QWidget>
-
-namespace {
-
-int fail(const QString& message, int status) {
-    CliErr() << "pxcallsigns: " << message << "\n";
-    CliErr().flush();
-    return status;
-}
-
-}  // namespace
 
 QSize ParseCaptureSize(const QString& text) {
     static const QRegularExpression pattern(QStringLiteral("^(\\d{1,4})x(\\d{1,4})$"));
@@ -36,21 +25,20 @@ QSize ParseCaptureSize(const QString& text) {
 int RunStationViewCommand(const CliArgs& p) {
     for (const QString& option : p.options())
         if (option != QLatin1String("--size") && option != QLatin1String("--capture") && option != QLatin1String("--timings"))
-            return fail(QStringLiteral("station-view does not take ") + option + QStringLiteral("\nTry 'pxcallsigns --help'."), 2);
-    if (p.positional.size() != 2) return fail(QStringLiteral("station-view needs one address"), 2);
+            return CliUsageError(QStringLiteral("station-view does not take ") + option);
+    if (p.positional.size() != 2) return CliUsageError(QStringLiteral("station-view needs one address"));
     const QString out = p.values.value(QStringLiteral("--capture"));
-    if (out.isEmpty()) return fail(QStringLiteral("station-view needs --capture FILE.png"), 2);
+    if (out.isEmpty()) return CliUsageError(QStringLiteral("station-view needs --capture FILE.png"));
     const QSize size = ParseCaptureSize(p.values.value(QStringLiteral("--size"), QStringLiteral("800x600")));
-    if (size.isEmpty()) return fail(QStringLiteral("--size takes WxH, each from 64 to 4096 (pixels)"), 2);
-    if (!stationview::AddressAllowed(p.positional[1]))
-        return fail(QStringLiteral("not a web address: ") + p.positional[1], 2);
+    if (size.isEmpty()) return CliUsageError(QStringLiteral("--size takes WxH, each from 64 to 4096 (pixels)"));
+    if (!stationview::AddressAllowed(p.positional[1])) return CliUsageError(QStringLiteral("not a web address: ") + p.positional[1]);
 
     // From here as from the menu click: the plugin's loading is part of the first opening.
     QElapsedTimer clock;
     clock.start();
     QString why;
     StationViewFactory* factory = LoadStationView(&why);
-    if (!factory) return fail(why, 1);
+    if (!factory) return CliFailure(why);
     int status = 1;
     qint64 shownMs = -1;
     qint64 captureMs = -1;

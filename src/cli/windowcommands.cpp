@@ -14,7 +14,6 @@
 #include "maps/stationplot.h"
 
 #include <QLoggingCategory>
-#include <QTextStream>
 #include <cstdio>
 
 namespace {
@@ -33,10 +32,7 @@ int runPrint(const CliArgs& p) {
         return CliUsageError(QStringLiteral("--size takes %1 to %2 (centimetres)").arg(kPrintWidthMinCm).arg(kPrintWidthMaxCm));
     const Result<QImage> picture = ReadPictureFile(p.positional[1]);
     Status done = picture ? PrintPictureToPdf(p.values.value(QStringLiteral("--pdf")), *picture, size) : picture.status();
-    if (done) return 0;
-    CliErr() << "pxcallsigns: " << done.message() << "\n";
-    CliErr().flush();
-    return 1;
+    return done ? 0 : CliFailure(done.message());
 }
 
 // The arguments as given: map plot's --own and --station take two numbers each.
@@ -71,32 +67,20 @@ int runMapPlot(const CliArgs& p) {
     const QString out = p.positional.last();
     QString dataPath = p.values.value(QStringLiteral("--data"));
     if (dataPath.isEmpty()) {
-        if (const Status seeded = SeedUserDataFolder(); !seeded) {
-            CliErr() << "pxcallsigns: " << seeded.message() << "\n";
-            return 1;
-        }
+        if (const Status seeded = SeedUserDataFolder(); !seeded) return CliFailure(seeded.message());
         dataPath = UserDataFolder();
     }
     const QString name = p.values.value(QStringLiteral("--map"));
     const QStringList catalogue = MapCatalogue(dataPath);
     const int index = FindMapEntry(catalogue, name);
-    if (index < 0) {
-        CliErr() << "pxcallsigns: " << MissingMapMessage(name).replace(QStringLiteral("\r\n"), QStringLiteral("\n")) << "\n";
-        return 1;
-    }
+    if (index < 0) return CliFailure(MissingMapMessage(name).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
     const int unit = p.flags.contains(QStringLiteral("--miles")) ? 1 : 0;
     const StationPlot plot = PlanStations(MapEntryName(catalogue[index]), myLat, myLon, lat, lon,
                                           p.values.value(QStringLiteral("--call")), unit);
     if (!plot.error.isEmpty()) CliErr() << "pxcallsigns: " << plot.error << "\n";
     const Result<QImage> map = ReadMapPicture(dataPath + QStringLiteral("/Maps/") + catalogue[index]);
-    if (!map) {
-        CliErr() << "pxcallsigns: " << map.message() << "\n";
-        return 1;
-    }
-    if (!PlotMapPicture(*map, plot).save(out, "PNG")) {
-        CliErr() << "pxcallsigns: cannot write " << out << "\n";
-        return 1;
-    }
+    if (!map) return CliFailure(map.message());
+    if (!PlotMapPicture(*map, plot).save(out, "PNG")) return CliFailure(QStringLiteral("cannot write ") + out);
     return plot.error.isEmpty() ? 0 : 1;
 }
 
